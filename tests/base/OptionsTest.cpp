@@ -1,0 +1,150 @@
+// Option-file grammar, layering, getter asymmetries and fatal texts.
+#include "options.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+options parse(const std::string& text) {
+    options o;
+    std::istringstream in(text);
+    o.read(in, false);
+    return o;
+}
+
+} // namespace
+
+TEST(Options, ScopesValuesAndBlanks) {
+    options o = parse("top = 7\n"
+                      "# a comment = 3\n"
+                      "[A] trailing text\n"
+                      "x  =  a b  \n"
+                      "empty =\n"
+                      "hash = v#1\n"
+                      "[B\n"
+                      "y=12abc\n"
+                      "[]\n"
+                      "z = 1.5\n");
+    EXPECT_EQ(o.get_int("", "top", true), 7);
+    EXPECT_EQ(o.get_str("A", "x", true), "a b");
+    EXPECT_EQ(o.get_str("A", "empty", true), "");
+    EXPECT_EQ(o.get_int("A", "empty", true), 0);
+    EXPECT_EQ(o.get_str("A", "hash", true), "v#1");
+    EXPECT_EQ(o.get_int("B", "y", true), 12);
+    EXPECT_EQ(o.get_int("", "z", true), 1);
+    EXPECT_FLOAT_EQ(o.get_float("", "z", true), 1.5f);
+    EXPECT_FALSE(o.has_option("", "a comment"));
+    EXPECT_EQ(o.m_opt_values.size(), 6u);
+}
+
+TEST(Options, LaterFileWinsAndScopeCarriesOver) {
+    options o;
+    std::istringstream a("[A]\nx = 1\ny = 5\n"), b("x = 2\n");
+    o.read(a, false);
+    o.read(b, false);
+    EXPECT_EQ(o.get_int("A", "x", true), 2);
+    EXPECT_EQ(o.get_int("A", "y", true), 5);
+}
+
+TEST(Options, CarriageReturnStaysInValues) {
+    options o = parse("[T]\r\npath = data.tab\r\nn = 42\r\n");
+    // "[T]\r" is a scope line: the scope stops at "]".
+    EXPECT_EQ(o.get_str("T", "path", true), "data.tab\r");
+    EXPECT_EQ(o.get_int("T", "n", true), 42);
+}
+
+TEST(Options, Arrays) {
+    options o = parse("[S]\n"
+                      "Points = { f 4\n"
+                      "-1.5 0.5\n"
+                      "2 3.25\n"
+                      "}\n"
+                      "Ids = { i 3 ignored\n"
+                      "1\n2 3\n"
+                      "} tail\n"
+                      "Names = { s 2\n"
+                      "  lead and trail  \n"
+                      "}brace\n"
+                      "}\n"
+                      "None = { i 0\n"
+                      "}\n"
+                      "Points = 9\n");
+    std::vector<float>* f = o.get_floats("S", "Points", true);
+    ASSERT_NE(f, nullptr);
+    EXPECT_EQ(*f, (std::vector<float>{-1.5f, 0.5f, 2.0f, 3.25f}));
+    std::vector<int>* i = o.get_ints("S", "Ids", true);
+    ASSERT_NE(i, nullptr);
+    EXPECT_EQ(*i, (std::vector<int>{1, 2, 3}));
+    std::vector<std::string>* s = o.get_strs("S", "Names", true);
+    ASSERT_NE(s, nullptr);
+    EXPECT_EQ(*s, (std::vector<std::string>{"  lead and trail  ", "}brace"}));
+    ASSERT_NE(o.get_ints("S", "None", true), nullptr);
+    EXPECT_TRUE(o.get_ints("S", "None", true)->empty());
+    // A scalar and an array of the same key are separate.
+    EXPECT_EQ(o.get_int("S", "Points", true), 9);
+    EXPECT_EQ(o.get_ints("S", "Points", false), nullptr);
+}
+
+TEST(Options, RedefinedArrayReplacesPointerAndKeepsOld) {
+    options o = parse("a = { i 1\n5\n}\n");
+    std::vector<int>* first = o.get_ints("", "a", true);
+    std::istringstream more("a = { i 2\n6 7\n}\n");
+    o.read(more, false);
+    std::vector<int>* second = o.get_ints("", "a", true);
+    EXPECT_NE(first, second);
+    EXPECT_EQ(*first, std::vector<int>{5});
+    EXPECT_EQ(*second, (std::vector<int>{6, 7}));
+}
+
+TEST(Options, MissingKeysAndTheirAsymmetries) {
+    options o = parse("[A]\nx = 1\n");
+    EXPECT_EQ(o.get_int("A", "nope", false), 0);
+    EXPECT_EQ(o.get_float("A", "nope", false), 0.0f);
+    EXPECT_FALSE(o.has_option("A", "nope"));
+    // get_str stores an empty value: a later required get succeeds and reads 0.
+    EXPECT_EQ(o.get_str("A", "s", false), "");
+    EXPECT_TRUE(o.has_option("A", "s"));
+    EXPECT_EQ(o.get_int("A", "s", true), 0);
+    // A missing array becomes a stored null: later gets, even required, return null.
+    EXPECT_EQ(o.get_floats("A", "arr", false), nullptr);
+    EXPECT_EQ(o.get_floats("A", "arr", true), nullptr);
+    // No fallback between scopes.
+    EXPECT_EQ(o.get_int("B", "x", false), 0);
+}
+
+TEST(Options, TraceTexts) {
+    options o;
+    std::istringstream in("[Sc]\nk = v\nar = { i 1\n4\n}\n");
+    testing::internal::CaptureStderr();
+    o.read(in, true);
+    const std::string err = testing::internal::GetCapturedStderr();
+    EXPECT_NE(err.find("new line is %%[Sc]%%\n"), std::string::npos) << err;
+    EXPECT_NE(err.find("new scope Sc\n"), std::string::npos);
+    EXPECT_NE(err.find("new option name is k\n"), std::string::npos);
+    EXPECT_NE(err.find("line is left with v\n"), std::string::npos);
+    EXPECT_NE(err.find("not array line\n"), std::string::npos);
+    EXPECT_NE(err.find("assigning to k option v\n"), std::string::npos);
+    EXPECT_NE(err.find("array ar type i size 1\n"), std::string::npos);
+    EXPECT_NE(err.find("out of array read\n"), std::string::npos);
+}
+
+using OptionsDeath = ::testing::Test;
+
+TEST(OptionsDeath, FatalTexts) {
+    EXPECT_DEATH(parse("a b = 1\n"), R"(bad option name \(with space\) -a b- pos is 1.options\([0-9]+\): problem parsing line a b = 1)");
+    EXPECT_DEATH(parse("= 1\n"), R"(options\([0-9]+\): problem parsing line = 1)");
+    EXPECT_DEATH(parse("no equals\n"), R"(options\([0-9]+\): problem parsing line no equals)");
+    EXPECT_DEATH(parse("   \n"), R"(options\([0-9]+\): problem parsing line    )");
+    EXPECT_DEATH(parse("[S]\nq = { x 2\n1 2\n}\n"), R"(options\([0-9]+\): Bad array type x for name q)");
+    EXPECT_DEATH(parse("q = { i 2\n1 2\nnot closed\n"),
+                 R"(options\([0-9]+\): After array items, line is not closed)");
+    EXPECT_DEATH(parse("q = { i 0\n1\n}\n"), R"(options\([0-9]+\): After array items, line is 1)");
+    // The stream ends inside the array: the closing line read is empty.
+    EXPECT_DEATH(parse("q = { f 3\n1.0\n"), "options\\([0-9]+\\): After array items, line is \n$");
+    options o;
+    EXPECT_DEATH(o.get_int("Vesk", "MinClsSize", true), R"(options\([0-9]+\): option does not exists: Vesk::MinClsSize)");
+    EXPECT_DEATH(o.get_str("Tables", "varob", true), R"(option does not exists: Tables::varob)");
+    EXPECT_DEATH(o.get_strs("A", "b", true), R"(option does not exists: A::b)");
+}

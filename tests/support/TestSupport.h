@@ -1,0 +1,33 @@
+// Test helpers: temporary directories, files from inline text, seeds printed on failure.
+#ifndef VESK_TESTSUPPORT_H
+#define VESK_TESTSUPPORT_H
+
+#include <cstdint>
+#include <string>
+
+// A fresh directory under the system temp folder, removed with its files on destruction.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::string& path() const { return m_path; }
+    // Writes `text` to `name` inside the directory and returns the full path.
+    std::string write(const std::string& name, const std::string& text) const;
+
+private:
+    std::string m_path;
+};
+
+std::string read_file(const std::string& path);
+
+// Seed for a randomised test: VESK_TEST_SEED if set, else a fixed default. Tests pass it to
+// SCOPED_TRACE so that a failure prints it.
+std::uint32_t test_seed(std::uint32_t fallback = 12345);
+
+// Repository root (where data/ lives).
+std::string source_dir();
+
+#endif
