@@ -2,7 +2,6 @@
 #include "SpecialFunc.h"
 
 #include <cmath>
-#include <cstdint>
 #include <iostream>
 #include <limits>
 
@@ -28,15 +27,16 @@ constexpr int kMaxIt = 100;
 constexpr double kEps = 3e-07;
 constexpr double kFpMin = 1e-30;
 
-// Expected overlap K n / N from the exact product, compared with the observed overlap.
-inline bool below_expectation(int N, int K, int n, int k) {
-    const double expect = static_cast<double>(static_cast<std::int64_t>(K) * n) / static_cast<double>(N);
-    return expect > k;
-}
-
 } // namespace
 
 float gamma_ln(float x) { return static_cast<float>(lanczos_gamma_ln(x)); }
+
+float binom_ln_value(int n, int k) {
+    if (n == k || k == 0)
+        return 0.0f;
+    const float t = gamma_ln(static_cast<float>(n + 1)) - gamma_ln(static_cast<float>(k + 1));
+    return t - gamma_ln(static_cast<float>(n - k + 1));
+}
 
 double dbl_gamma_ln(float x) { return lanczos_gamma_ln(x); }
 
@@ -67,13 +67,7 @@ float BinomFuncTable::binom_ln(int n, int k) {
     const int c = cell(n, k);
     if (c >= 0 && m_binom_ln[c] != -1.0f)
         return m_binom_ln[c];
-    float v;
-    if (n == k || k == 0) {
-        v = 0.0f;
-    } else {
-        const float t = gamma_ln(static_cast<float>(n + 1)) - gamma_ln(static_cast<float>(k + 1));
-        v = t - gamma_ln(static_cast<float>(n - k + 1));
-    }
+    const float v = binom_ln_value(n, k);
     if (c >= 0)
         m_binom_ln[c] = v;
     return v;
@@ -96,14 +90,14 @@ double BinomFuncTable::dbl_binom_ln(int n, int k) {
 }
 
 float BinomFuncTable::log_hg(int N, int K, int n, int k) {
-    if (below_expectation(N, K, n, k))
+    if (hg_below_expectation(N, K, n, k))
         return 0.0f;
     const float s = binom_ln(n, k) + binom_ln(N - n, K - k);
     return s - binom_ln(N, K);
 }
 
 double BinomFuncTable::dbl_log_hg(int N, int K, int n, int k) {
-    if (below_expectation(N, K, n, k))
+    if (hg_below_expectation(N, K, n, k))
         return 0.0;
     return dbl_binom_ln(n, k) + dbl_binom_ln(N - n, K - k) - dbl_binom_ln(N, K);
 }

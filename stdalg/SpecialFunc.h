@@ -8,6 +8,17 @@
 float gamma_ln(float x);
 double dbl_gamma_ln(float x);
 
+// ln C(n, k) from three log-gamma values, rounded to float after each subtraction; 0 when k is 0
+// or n equals k. This is the value that BinomFuncTable memoises.
+float binom_ln_value(int n, int k);
+
+// True when the overlap k lies below its expectation K n / N (taken from the exact product, in
+// double); such a hypergeometric term counts as 0. A non-number quotient (N of 0) is not below.
+inline bool hg_below_expectation(int N, int K, int n, int k) {
+    const double expect = static_cast<double>(static_cast<long long>(K) * n) / static_cast<double>(N);
+    return expect > k;
+}
+
 // Memoised logarithms of binomial coefficients over n < n_max, k < k_max.
 class BinomFuncTable {
 public:

@@ -3,8 +3,12 @@
 
 #include "Annot.h"
 #include "Random.h"
+#include "ds/BitVecIter.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <iostream>
+#include <thread>
 #include <utility>
 
 void bootstrap_init(BootstrapState& st, int chip_lines, int n_vars) {
@@ -49,5 +53,171 @@ void bootstrap_reference(const VarClasses& classes, const std::vector<std::vecto
         }
         if (best < ceiling)
             kept.push_back(best);
+    }
+}
+
+namespace {
+
+// Classes that pass the size filter, indexed by the variables they hold.
+struct ClassIndex {
+    std::vector<std::vector<int>> var_classes; // per variable, ascending class ids
+    std::vector<int> size;                     // per class id, its on-bit count
+    std::vector<float> ln_binom_univ;          // per class id, ln C(g_univ_size, size)
+    std::vector<float> gamma;                  // gamma[i] = gamma_ln(i)
+};
+
+ClassIndex build_index(const VarClasses& classes, int n_vars, int max_set) {
+    ClassIndex ix;
+    const int n = classes.class_count();
+    ix.var_classes.resize(n_vars);
+    ix.size.assign(n, 0);
+    ix.ln_binom_univ.assign(n, 0.0f);
+    for (int c = 0; c < n; ++c) {
+        const ds_bitvec& bits = classes.m_class_bits[c];
+        const int size = bits.on_bits();
+        ix.size[c] = size;
+        if (size < g_min_cls_size || size > g_max_cls_size)
+            continue;
+        ix.ln_binom_univ[c] = g_hg_func.binom_ln(g_univ_size, size);
+        for (ds_bitvec_iter it(bits); it; ++it)
+            ix.var_classes[static_cast<int>(it)].push_back(c);
+    }
+    // Every argument n + 1 of the log-binomials is at most max(universe, set size) + 1.
+    const int top = std::max(std::max(g_univ_size, max_set), n_vars) + 2;
+    ix.gamma.resize(top + 1);
+    for (int i = 0; i <= top; ++i)
+        ix.gamma[i] = gamma_ln(static_cast<float>(i));
+    return ix;
+}
+
+// binom_ln through the log-gamma table; the same float operations as the memoised table.
+inline float table_binom_ln(const ClassIndex& ix, int n, int k) {
+    if (n == k || k == 0)
+        return 0.0f;
+    if (n < 0 || k < 0 || n < k || n + 1 >= static_cast<int>(ix.gamma.size()))
+        return binom_ln_value(n, k);
+    const float t = ix.gamma[n + 1] - ix.gamma[k + 1];
+    return t - ix.gamma[n - k + 1];
+}
+
+inline float table_log_hg(const ClassIndex& ix, int cls, int m, int k) {
+    const int N = g_univ_size, K = ix.size[cls];
+    if (hg_below_expectation(N, K, m, k))
+        return 0.0f;
+    const float s = table_binom_ln(ix, m, k) + table_binom_ln(ix, N - m, K - k);
+    return s - ix.ln_binom_univ[cls];
+}
+
+// Scratch of one evaluating thread.
+struct Workspace {
+    std::vector<std::uint32_t> var_stamp, cls_stamp;
+    std::vector<int> count, touched, distinct;
+    std::uint32_t var_now = 0, cls_now = 0;
+
+    Workspace(int n_bits, int n_classes)
+        : var_stamp(n_bits, 0), cls_stamp(n_classes, 0), count(n_classes, 0) {}
+};
+
+// Best log probability of one pass, given the images of every set member (`images`, laid out as
+// the flat member list).
+float evaluate_pass(const ClassIndex& ix, const std::vector<int>& set_begin, const int* images, int n_vars,
+                    Workspace& w) {
+    float best = 0.0f;
+    const int n_sets = static_cast<int>(set_begin.size()) - 1;
+    for (int s = 0; s < n_sets; ++s) {
+        // Distinct bits of the scratch set: an image of -1 is bit 31, as set_ind(-1) places it.
+        ++w.var_now;
+        w.distinct.clear();
+        int m = 0;
+        for (int j = set_begin[s]; j < set_begin[s + 1]; ++j) {
+            const int b = images[j] < 0 ? 31 : images[j];
+            if (w.var_stamp[b] == w.var_now)
+                continue;
+            w.var_stamp[b] = w.var_now;
+            ++m;
+            if (b < n_vars)
+                w.distinct.push_back(b);
+        }
+        ++w.cls_now;
+        w.touched.clear();
+        for (int b : w.distinct) {
+            for (int c : ix.var_classes[b]) {
+                if (w.cls_stamp[c] != w.cls_now) {
+                    w.cls_stamp[c] = w.cls_now;
+                    w.count[c] = 1;
+                    w.touched.push_back(c);
+                } else {
+                    ++w.count[c];
+                }
+            }
+        }
+        // Classes not touched have overlap 0, whose term is 0 and never improves on `best`.
+        for (int c : w.touched) {
+            const int k = w.count[c];
+            if (k < g_min_inter)
+                continue;
+            const float pv = table_log_hg(ix, c, m, k);
+            if (pv < best)
+                best = pv;
+        }
+    }
+    return best;
+}
+
+} // namespace
+
+void bootstrap_fast(const VarClasses& classes, const std::vector<std::vector<int>>& sets,
+                    const std::vector<int>& chip_ids, int n_vars, int passes, float ceiling, BootstrapState& st,
+                    std::vector<float>& kept, int threads) {
+    if (passes <= 0)
+        return;
+    // Flat member list of the non-empty sets, in set id order.
+    std::vector<int> set_begin{0}, members;
+    int max_set = 0;
+    for (const std::vector<int>& set : sets) {
+        if (set.empty())
+            continue;
+        members.insert(members.end(), set.begin(), set.end());
+        set_begin.push_back(static_cast<int>(members.size()));
+        max_set = std::max(max_set, static_cast<int>(set.size()));
+    }
+    const ClassIndex ix = build_index(classes, n_vars, max_set);
+    const int n_members = static_cast<int>(members.size());
+    const int n_bits = std::max(n_vars, 32);
+    threads = std::max(1, threads);
+
+    const int batch = 64;
+    std::vector<int> images(static_cast<std::size_t>(batch) * n_members);
+    std::vector<float> best(batch);
+    std::vector<Workspace> work;
+    for (int t = 0; t < threads; ++t)
+        work.emplace_back(n_bits, classes.class_count());
+
+    for (int b0 = 0; b0 < passes; b0 += batch) {
+        const int nb = std::min(batch, passes - b0);
+        // Draws stay sequential, in pass order, with their trace lines.
+        for (int i = 0; i < nb; ++i) {
+            bootstrap_shuffle(st, chip_ids);
+            if ((b0 + i) % 40 == 0)
+                std::cerr << "boot " << (b0 + i) << std::endl;
+            int* snap = images.data() + static_cast<std::size_t>(i) * n_members;
+            for (int j = 0; j < n_members; ++j)
+                snap[j] = st.image[members[j]];
+        }
+        const int used = std::min(threads, nb);
+        auto run = [&](int t) {
+            for (int i = t; i < nb; i += used)
+                best[i] = evaluate_pass(ix, set_begin, images.data() + static_cast<std::size_t>(i) * n_members,
+                                        n_vars, work[t]);
+        };
+        std::vector<std::thread> pool;
+        for (int t = 1; t < used; ++t)
+            pool.emplace_back(run, t);
+        run(0); // this thread takes stride 0
+        for (std::thread& th : pool)
+            th.join();
+        for (int i = 0; i < nb; ++i)
+            if (best[i] < ceiling)
+                kept.push_back(best[i]);
     }
 }
