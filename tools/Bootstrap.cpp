@@ -2,6 +2,7 @@
 #include "Bootstrap.h"
 
 #include "Annot.h"
+#include "FastEnrich.h"
 #include "Random.h"
 #include "ds/BitVecIter.h"
 
@@ -58,56 +59,6 @@ void bootstrap_reference(const VarClasses& classes, const std::vector<std::vecto
 
 namespace {
 
-// Classes that pass the size filter, indexed by the variables they hold.
-struct ClassIndex {
-    std::vector<std::vector<int>> var_classes; // per variable, ascending class ids
-    std::vector<int> size;                     // per class id, its on-bit count
-    std::vector<float> ln_binom_univ;          // per class id, ln C(g_univ_size, size)
-    std::vector<float> gamma;                  // gamma[i] = gamma_ln(i)
-};
-
-ClassIndex build_index(const VarClasses& classes, int n_vars, int max_set) {
-    ClassIndex ix;
-    const int n = classes.class_count();
-    ix.var_classes.resize(n_vars);
-    ix.size.assign(n, 0);
-    ix.ln_binom_univ.assign(n, 0.0f);
-    for (int c = 0; c < n; ++c) {
-        const ds_bitvec& bits = classes.m_class_bits[c];
-        const int size = bits.on_bits();
-        ix.size[c] = size;
-        if (size < g_min_cls_size || size > g_max_cls_size)
-            continue;
-        ix.ln_binom_univ[c] = g_hg_func.binom_ln(g_univ_size, size);
-        for (ds_bitvec_iter it(bits); it; ++it)
-            ix.var_classes[static_cast<int>(it)].push_back(c);
-    }
-    // Every argument n + 1 of the log-binomials is at most max(universe, set size) + 1.
-    const int top = std::max(std::max(g_univ_size, max_set), n_vars) + 2;
-    ix.gamma.resize(top + 1);
-    for (int i = 0; i <= top; ++i)
-        ix.gamma[i] = gamma_ln(static_cast<float>(i));
-    return ix;
-}
-
-// binom_ln through the log-gamma table; the same float operations as the memoised table.
-inline float table_binom_ln(const ClassIndex& ix, int n, int k) {
-    if (n == k || k == 0)
-        return 0.0f;
-    if (n < 0 || k < 0 || n < k || n + 1 >= static_cast<int>(ix.gamma.size()))
-        return binom_ln_value(n, k);
-    const float t = ix.gamma[n + 1] - ix.gamma[k + 1];
-    return t - ix.gamma[n - k + 1];
-}
-
-inline float table_log_hg(const ClassIndex& ix, int cls, int m, int k) {
-    const int N = g_univ_size, K = ix.size[cls];
-    if (hg_below_expectation(N, K, m, k))
-        return 0.0f;
-    const float s = table_binom_ln(ix, m, k) + table_binom_ln(ix, N - m, K - k);
-    return s - ix.ln_binom_univ[cls];
-}
-
 // Scratch of one evaluating thread.
 struct Workspace {
     std::vector<std::uint32_t> var_stamp, cls_stamp;
@@ -120,8 +71,8 @@ struct Workspace {
 
 // Best log probability of one pass, given the images of every set member (`images`, laid out as
 // the flat member list).
-float evaluate_pass(const ClassIndex& ix, const std::vector<int>& set_begin, const int* images, int n_vars,
-                    Workspace& w) {
+float evaluate_pass(const ClassIndex& ix, const HgTable& hg, const std::vector<float>& ln_binom_univ,
+                    const std::vector<int>& set_begin, const int* images, int n_vars, Workspace& w) {
     float best = 0.0f;
     const int n_sets = static_cast<int>(set_begin.size()) - 1;
     for (int s = 0; s < n_sets; ++s) {
@@ -156,7 +107,12 @@ float evaluate_pass(const ClassIndex& ix, const std::vector<int>& set_begin, con
             const int k = w.count[c];
             if (k < g_min_inter)
                 continue;
-            const float pv = table_log_hg(ix, c, m, k);
+            // log_hg(g_univ_size, size, m, k), with ln C(g_univ_size, size) taken once per class.
+            const int size = ix.size[c];
+            if (hg_below_expectation(g_univ_size, size, m, k))
+                continue;
+            const float s_terms = hg.binom_ln(m, k) + hg.binom_ln(g_univ_size - m, size - k);
+            const float pv = s_terms - ln_binom_univ[c];
             if (pv < best)
                 best = pv;
         }
@@ -181,7 +137,11 @@ void bootstrap_fast(const VarClasses& classes, const std::vector<std::vector<int
         set_begin.push_back(static_cast<int>(members.size()));
         max_set = std::max(max_set, static_cast<int>(set.size()));
     }
-    const ClassIndex ix = build_index(classes, n_vars, max_set);
+    const ClassIndex ix(classes, n_vars, true);
+    const HgTable hg(std::max(std::max(g_univ_size, max_set), n_vars) + 1);
+    std::vector<float> ln_binom_univ(classes.class_count(), 0.0f);
+    for (int c = 0; c < classes.class_count(); ++c)
+        ln_binom_univ[c] = hg.binom_ln(g_univ_size, ix.size[c]);
     const int n_members = static_cast<int>(members.size());
     const int n_bits = std::max(n_vars, 32);
     threads = std::max(1, threads);
@@ -207,7 +167,7 @@ void bootstrap_fast(const VarClasses& classes, const std::vector<std::vector<int
         const int used = std::min(threads, nb);
         auto run = [&](int t) {
             for (int i = t; i < nb; i += used)
-                best[i] = evaluate_pass(ix, set_begin, images.data() + static_cast<std::size_t>(i) * n_members,
+                best[i] = evaluate_pass(ix, hg, ln_binom_univ, set_begin, images.data() + static_cast<std::size_t>(i) * n_members,
                                         n_vars, work[t]);
         };
         std::vector<std::thread> pool;

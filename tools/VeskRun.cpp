@@ -3,6 +3,7 @@
 
 #include "Annot.h"
 #include "Bootstrap.h"
+#include "FastEnrich.h"
 #include "Random.h"
 #include "ValSpace3.h"
 #include "VarClasses.h"
@@ -16,6 +17,7 @@
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -53,13 +55,17 @@ int match_gene(const VarUniverse& univ, const std::string& word) {
 
 void report_set(std::ostream& rep, int set_id, const std::vector<int>& members, const VarClasses& classes,
                 const VarUniverse& univ, const std::map<std::string, std::string>& types,
-                const std::vector<float>& kept, int boot_num, float ceiling, bool gene_list, ds_bitvec& scratch) {
+                const std::vector<float>& kept, int boot_num, float ceiling, bool gene_list, ds_bitvec& scratch,
+                FastAnnotator* fast) {
     scratch.clear();
     for (int g : members)
         scratch.set_ind(g);
     std::vector<Annot> out;
     std::vector<int> order;
-    annotate(classes, scratch, out, order);
+    if (fast)
+        fast->annotate(scratch, out, order);
+    else
+        annotate(classes, scratch, out, order);
 
     for (int idx : order) {
         const Annot& a = out[idx];
@@ -177,7 +183,8 @@ int vesk_main(int argc, char** argv) {
     g_univ_size = chip_mask.on_bits();
 
     std::vector<float> kept;
-    if (use_reference_bootstrap())
+    const bool reference = use_reference_bootstrap();
+    if (reference)
         bootstrap_reference(classes, sets, chip_ids, n_vars, boot_num, ceiling, boot, kept);
     else
         bootstrap_fast(classes, sets, chip_ids, n_vars, boot_num, ceiling, boot, kept, bootstrap_threads());
@@ -192,8 +199,15 @@ int vesk_main(int argc, char** argv) {
         opts.has_option("Vesk", "ReportGeneList") && opts.get_int("Vesk", "ReportGeneList", true) != 0;
     std::ofstream rep(opts.get_str("Tables", "AnnotReport", true).c_str(), std::ios::out | std::ios::trunc);
 
+    std::unique_ptr<FastAnnotator> fast;
+    if (!reference) {
+        std::size_t max_set = 0;
+        for (const std::vector<int>& set : sets)
+            max_set = std::max(max_set, set.size());
+        fast.reset(new FastAnnotator(classes, n_vars, static_cast<int>(max_set)));
+    }
     ds_bitvec scratch(n_vars);
     for (int s = 0; s < static_cast<int>(sets.size()); ++s)
-        report_set(rep, s, sets[s], classes, univ, types, kept, boot_num, ceiling, gene_list, scratch);
+        report_set(rep, s, sets[s], classes, univ, types, kept, boot_num, ceiling, gene_list, scratch, fast.get());
     return 0;
 }
