@@ -225,3 +225,28 @@ TEST(VeskE2E, ErrorChannelEnvironment) {
     EXPECT_NE(to_out.out.find("option does not exists: Random::Seed"), std::string::npos);
     EXPECT_EQ(to_out.err.find("option does not exists"), std::string::npos);
 }
+
+// The human GO case of the benchmark, when its tables have been generated (bench/data/fetch_real.sh):
+// a few passes, and a strict report threshold to keep the reference path short.
+TEST(VeskE2E, RealCaseReducedFastEqualsReference) {
+    const std::string real = source_dir() + "/bench/data/out/real/real.opt";
+    if (read_file(real).empty())
+        GTEST_SKIP() << "real tables not generated (bench/data/fetch_real.sh)";
+    TempDir dir;
+    std::string reports[2], errs[2];
+    const char* paths[2] = {"reference", "fast"};
+    for (int p = 0; p < 2; ++p) {
+        const std::string report = dir.path() + "/report_" + paths[p];
+        const std::string over = dir.write(std::string("o_") + paths[p] + ".opt",
+                                           "[Tables]\nAnnotReport = " + report +
+                                               "\n[Vesk]\nBootstrapNum = 3\nMaxPvToRep = 0.000001\n");
+        VeskRun r = run_vesk(dir, real + " " + over, std::string("VESK_BOOTSTRAP=") + paths[p]);
+        ASSERT_TRUE(exited_ok(r.status)) << r.err.substr(0, 2000);
+        reports[p] = read_file(report);
+        const std::string::size_type first = r.err.find('\n', r.err.find('\n') + 1); // two "will read" lines
+        errs[p] = r.err.substr(first + 1);
+    }
+    EXPECT_FALSE(reports[0].empty());
+    EXPECT_EQ(reports[0], reports[1]);
+    EXPECT_EQ(errs[0], errs[1]);
+}

@@ -1,0 +1,4 @@
+// GraphBaseNodeIter: out-of-line destructor.
+#include "ds/GraphBaseNodeIter.h"
+
+GraphBaseNodeIter::~GraphBaseNodeIter() {}
