@@ -60,6 +60,18 @@ float dep_hg_pv(const VarClasses& classes, int a, int b, const ds_bitvec& set) {
     return inside + outside;
 }
 
+void annotate_class(int c, int size, int m, int inter, float pv, std::ostream& trace, std::vector<Annot>& out,
+                    std::vector<float>& pvs, std::vector<int>& order) {
+    if (pv < -8.0)
+        trace << "pv " << pv << " size " << g_univ_size << " fp " << size << " m " << m << " inter " << inter
+              << std::endl;
+    if (pv < g_max_pv_to_rep) {
+        out.push_back(Annot{c, inter, pv, static_cast<float>(inter) / static_cast<float>(m), false});
+        pvs.push_back(pv);
+        order.push_back(static_cast<int>(out.size()) - 1);
+    }
+}
+
 void annotate(const VarClasses& classes, const ds_bitvec& set, std::vector<Annot>& out, std::vector<int>& order) {
     out.clear();
     order.clear();
@@ -76,14 +88,7 @@ void annotate(const VarClasses& classes, const ds_bitvec& set, std::vector<Annot
         if (inter < g_min_inter)
             continue;
         const float pv = g_hg_func.log_hg(g_univ_size, size, m, inter);
-        if (pv < -8.0)
-            std::cerr << "pv " << pv << " size " << g_univ_size << " fp " << size << " m " << m << " inter "
-                      << inter << std::endl;
-        if (pv < g_max_pv_to_rep) {
-            out.push_back(Annot{c, inter, pv, static_cast<float>(inter) / static_cast<float>(m), false});
-            pvs.push_back(pv);
-            order.push_back(static_cast<int>(out.size()) - 1);
-        }
+        annotate_class(c, size, m, inter, pv, std::cerr, out, pvs, order);
     }
     IndirectSort(order, pvs);
 

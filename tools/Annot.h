@@ -6,6 +6,7 @@
 #include "VarClasses.h"
 #include "ds/BitVec.h"
 
+#include <ostream>
 #include <vector>
 
 // One reported class of one gene set.
@@ -33,6 +34,11 @@ float get_best_pval(const VarClasses& classes, const ds_bitvec& set);
 // Fills `out` with the classes whose log probability is below g_max_pv_to_rep and `order`
 // with their indices, best first (ties in class id order), then marks redundant classes.
 void annotate(const VarClasses& classes, const ds_bitvec& set, std::vector<Annot>& out, std::vector<int>& order);
+
+// One tested class of a set of `m` members: a trace line for a rare overlap, and an Annot (with its
+// log probability in `pvs` and its index in `order`) when the probability is below g_max_pv_to_rep.
+void annotate_class(int c, int size, int m, int inter, float pv, std::ostream& trace, std::vector<Annot>& out,
+                    std::vector<float>& pvs, std::vector<int>& order);
 
 // Log probability of class b's overlap with the set once class a is known: the sum of the
 // terms inside a and outside a.

@@ -74,14 +74,7 @@ void FastAnnotator::annotate(const ds_bitvec& set, std::vector<Annot>& out, std:
         if (inter < g_min_inter)
             continue;
         const float pv = m_hg.log_hg(g_univ_size, size, m, inter);
-        if (pv < -8.0)
-            trace << "pv " << pv << " size " << g_univ_size << " fp " << size << " m " << m << " inter "
-                      << inter << std::endl;
-        if (pv < g_max_pv_to_rep) {
-            out.push_back(Annot{c, inter, pv, static_cast<float>(inter) / static_cast<float>(m), false});
-            pvs.push_back(pv);
-            order.push_back(static_cast<int>(out.size()) - 1);
-        }
+        annotate_class(c, size, m, inter, pv, trace, out, pvs, order);
     }
     IndirectSort(order, pvs);
 
