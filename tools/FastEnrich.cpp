@@ -31,36 +31,57 @@ ClassIndex::ClassIndex(const VarClasses& classes, int n_vars, bool size_filtered
     }
 }
 
-FastAnnotator::FastAnnotator(const VarClasses& classes, int n_vars, int max_set)
-    : m_classes(classes), m_index(classes, n_vars, false),
-      m_hg(std::max(std::max(g_univ_size, n_vars), max_set) + 1), m_stamp(classes.class_count(), 0),
-      m_count(classes.class_count(), 0) {}
-
 namespace {
 
 inline bool has_bit(const ds_bitvec& v, int i) { return (v.word(i / 32) >> (i & 31)) & 1u; }
 
 } // namespace
 
-void FastAnnotator::annotate(const ds_bitvec& set, std::vector<Annot>& out, std::vector<int>& order) {
+FastAnnotator::FastAnnotator(const VarClasses& classes, int n_vars, int max_set)
+    : m_classes(classes), m_index(classes, n_vars, false),
+      m_hg(std::max(std::max(g_univ_size, n_vars), max_set) + 1), m_dense(n_vars > 0 ? n_vars : 0, -1),
+      m_dense_members(classes.class_count()) {
+    int next = 0;
+    for (int v = 0; v < n_vars; ++v)
+        if (!m_index.var_classes[v].empty())
+            m_dense[v] = next++;
+    for (int c = 0; c < classes.class_count(); ++c) {
+        m_dense_members[c].reserve(m_index.members[c].size());
+        for (int v : m_index.members[c])
+            m_dense_members[c].push_back(m_dense[v]);
+    }
+}
+
+FastAnnotator::Workspace FastAnnotator::make_workspace() const {
+    Workspace w;
+    w.stamp.assign(m_classes.class_count(), 0);
+    w.count.assign(m_classes.class_count(), 0);
+    int n_dense = 0;
+    for (int d : m_dense)
+        n_dense = std::max(n_dense, d + 1);
+    w.mark.assign(n_dense, 0);
+    return w;
+}
+
+void FastAnnotator::annotate(const ds_bitvec& set, std::vector<Annot>& out, std::vector<int>& order,
+                             std::string& trace_text, Workspace& w) const {
     out.clear();
     order.clear();
     std::vector<float> pvs;
-    // Trace lines are gathered and written at once: the error stream is unbuffered.
     std::ostringstream trace;
 
     // Overlap of every class with the set, through the members' classes.
-    ++m_now;
+    ++w.now;
     for (ds_bitvec_iter it(set); it; ++it) {
         const int v = it;
         if (v >= static_cast<int>(m_index.var_classes.size()))
             continue;
         for (int c : m_index.var_classes[v]) {
-            if (m_stamp[c] != m_now) {
-                m_stamp[c] = m_now;
-                m_count[c] = 0;
+            if (w.stamp[c] != w.now) {
+                w.stamp[c] = w.now;
+                w.count[c] = 0;
             }
-            ++m_count[c];
+            ++w.count[c];
         }
     }
 
@@ -70,7 +91,7 @@ void FastAnnotator::annotate(const ds_bitvec& set, std::vector<Annot>& out, std:
         const int size = m_index.size[c];
         if (size < g_min_cls_size || size > g_max_cls_size)
             continue;
-        const int inter = m_stamp[c] == m_now ? m_count[c] : 0;
+        const int inter = w.stamp[c] == w.now ? w.count[c] : 0;
         if (inter < g_min_inter)
             continue;
         const float pv = m_hg.log_hg(g_univ_size, size, m, inter);
@@ -78,37 +99,27 @@ void FastAnnotator::annotate(const ds_bitvec& set, std::vector<Annot>& out, std:
     }
     IndirectSort(order, pvs);
 
-    // Redundancy filter, with the counts of dep_hg_pv taken from member lists.
-    std::vector<int> set_in_a;
+    // Redundancy filter: the counts of dep_hg_pv from the members of b, looked up in a mark of a.
     for (std::size_t ia = 0; ia < order.size(); ++ia) {
         const Annot& better = out[order[ia]];
         if (better.m_filtered)
             continue;
         const int a = better.m_cls;
-        const ds_bitvec& A = m_classes.m_class_bits[a];
         const std::vector<int>& a_members = m_index.members[a];
-        set_in_a.clear();
-        for (int v : a_members)
-            if (has_bit(set, v))
-                set_in_a.push_back(v);
+        const std::vector<int>& a_dense = m_dense_members[a];
+        for (std::size_t i = 0; i < a_members.size(); ++i)
+            w.mark[a_dense[i]] = static_cast<unsigned char>(1 | (has_bit(set, a_members[i]) ? 2 : 0));
         const int size_a = m_index.size[a];
         const int s_a = better.m_inter;
         for (std::size_t ib = ia + 1; ib < order.size(); ++ib) {
             Annot& worse = out[order[ib]];
             const int b = worse.m_cls;
-            const ds_bitvec& B = m_classes.m_class_bits[b];
-            const std::vector<int>& b_members = m_index.members[b];
-            int size_ab = 0;
-            if (a_members.size() <= b_members.size()) {
-                for (int v : a_members)
-                    size_ab += has_bit(B, v);
-            } else {
-                for (int v : b_members)
-                    size_ab += has_bit(A, v);
+            int size_ab = 0, s_ab = 0;
+            for (int d : m_dense_members[b]) {
+                const unsigned x = w.mark[d];
+                size_ab += x & 1u;
+                s_ab += x >> 1;
             }
-            int s_ab = 0;
-            for (int v : set_in_a)
-                s_ab += has_bit(B, v);
             const int size_b = m_index.size[b];
             const int s_b = worse.m_inter;
             const float inside = m_hg.log_hg(size_a, size_ab, s_a, s_ab);
@@ -119,8 +130,8 @@ void FastAnnotator::annotate(const ds_bitvec& set, std::vector<Annot>& out, std:
                 worse.m_filtered = true;
             }
         }
+        for (int d : a_dense)
+            w.mark[d] = 0;
     }
-    const std::string text = trace.str();
-    if (!text.empty())
-        std::cerr << text << std::flush;
+    trace_text = trace.str();
 }

@@ -9,6 +9,7 @@
 #include "ds/BitVec.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 // log_hg through a table of gamma_ln(i): the same float operations as BinomFuncTable, so the same
@@ -50,20 +51,31 @@ struct ClassIndex {
 };
 
 // annotate() for real sets, by walking the set members' classes and, in the redundancy filter,
-// intersecting member lists instead of whole bit vectors. Same output, order and trace lines.
+// intersecting member lists in a dense numbering of the classes' genes instead of whole bit
+// vectors. Same output, order and trace lines. The index is built once and shared: annotate() is
+// const and takes its scratch from a Workspace, one per thread.
 class FastAnnotator {
 public:
     FastAnnotator(const VarClasses& classes, int n_vars, int max_set);
 
-    void annotate(const ds_bitvec& set, std::vector<Annot>& out, std::vector<int>& order);
+    struct Workspace {
+        std::vector<std::uint32_t> stamp;
+        std::vector<int> count;
+        std::vector<unsigned char> mark; // by dense gene: bit 0 in class a, bit 1 also in the set
+        std::uint32_t now = 0;
+    };
+    Workspace make_workspace() const;
+
+    // Fills `out` and `order` as annotate() does; the trace lines go to `trace` in their order.
+    void annotate(const ds_bitvec& set, std::vector<Annot>& out, std::vector<int>& order, std::string& trace,
+                  Workspace& w) const;
 
 private:
     const VarClasses& m_classes;
     ClassIndex m_index;
     HgTable m_hg;
-    std::vector<std::uint32_t> m_stamp;
-    std::vector<int> m_count;
-    std::uint32_t m_now = 0;
+    std::vector<int> m_dense;                      // per variable, its dense number or -1
+    std::vector<std::vector<int>> m_dense_members; // per class, its members' dense numbers
 };
 
 #endif

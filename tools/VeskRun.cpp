@@ -17,7 +17,7 @@
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <memory>
+#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -53,20 +53,11 @@ int match_gene(const VarUniverse& univ, const std::string& word) {
     return id;
 }
 
-void report_set(std::ostream& rep, int set_id, const std::vector<int>& members, const VarClasses& classes,
-                const VarUniverse& univ, const std::map<std::string, std::string>& types,
-                const std::vector<float>& kept, int boot_num, float ceiling, bool gene_list, ds_bitvec& scratch,
-                FastAnnotator* fast) {
-    scratch.clear();
-    for (int g : members)
-        scratch.set_ind(g);
-    std::vector<Annot> out;
-    std::vector<int> order;
-    if (fast)
-        fast->annotate(scratch, out, order);
-    else
-        annotate(classes, scratch, out, order);
-
+// The report lines of one set from its annotation.
+void write_set_lines(std::ostream& rep, int set_id, const std::vector<int>& members, const std::vector<Annot>& out,
+                     const std::vector<int>& order, const VarClasses& classes, const VarUniverse& univ,
+                     const std::map<std::string, std::string>& types, const std::vector<float>& kept,
+                     int boot_num, float ceiling, bool gene_list) {
     for (int idx : order) {
         const Annot& a = out[idx];
         if (a.m_filtered || a.m_log_pv > ceiling)
@@ -95,6 +86,49 @@ void report_set(std::ostream& rep, int set_id, const std::vector<int>& members, 
                     rep << '\t' << univ.m_short_names[g];
         }
         rep << '\n';
+    }
+}
+
+// Annotation of every real set with the indexed annotator, sets spread over threads; the trace
+// lines and report lines then come out in set order, as the reference path writes them.
+void report_all_fast(std::ostream& rep, const std::vector<std::vector<int>>& sets, const VarClasses& classes,
+                     const VarUniverse& univ, const std::map<std::string, std::string>& types,
+                     const std::vector<float>& kept, int boot_num, float ceiling, bool gene_list, int n_vars,
+                     int threads) {
+    std::size_t max_set = 0;
+    for (const std::vector<int>& set : sets)
+        max_set = std::max(max_set, set.size());
+    const FastAnnotator annotator(classes, n_vars, static_cast<int>(max_set));
+
+    struct SetResult {
+        std::vector<Annot> out;
+        std::vector<int> order;
+        std::string trace;
+    };
+    std::vector<SetResult> results(sets.size());
+    std::atomic<int> next(0);
+    auto work = [&]() {
+        FastAnnotator::Workspace w = annotator.make_workspace();
+        ds_bitvec scratch(n_vars);
+        for (int s = next++; s < static_cast<int>(sets.size()); s = next++) {
+            scratch.clear();
+            for (int g : sets[s])
+                scratch.set_ind(g);
+            annotator.annotate(scratch, results[s].out, results[s].order, results[s].trace, w);
+        }
+    };
+    std::vector<std::thread> pool;
+    for (int t = 1; t < threads; ++t)
+        pool.emplace_back(work);
+    work();
+    for (std::thread& th : pool)
+        th.join();
+
+    for (std::size_t s = 0; s < sets.size(); ++s) {
+        if (!results[s].trace.empty())
+            std::cerr << results[s].trace << std::flush;
+        write_set_lines(rep, static_cast<int>(s), sets[s], results[s].out, results[s].order, classes, univ, types,
+                        kept, boot_num, ceiling, gene_list);
     }
 }
 
@@ -199,15 +233,20 @@ int vesk_main(int argc, char** argv) {
         opts.has_option("Vesk", "ReportGeneList") && opts.get_int("Vesk", "ReportGeneList", true) != 0;
     std::ofstream rep(opts.get_str("Tables", "AnnotReport", true).c_str(), std::ios::out | std::ios::trunc);
 
-    std::unique_ptr<FastAnnotator> fast;
-    if (!reference) {
-        std::size_t max_set = 0;
-        for (const std::vector<int>& set : sets)
-            max_set = std::max(max_set, set.size());
-        fast.reset(new FastAnnotator(classes, n_vars, static_cast<int>(max_set)));
+    if (reference) {
+        ds_bitvec scratch(n_vars);
+        std::vector<Annot> out;
+        std::vector<int> order;
+        for (int s = 0; s < static_cast<int>(sets.size()); ++s) {
+            scratch.clear();
+            for (int g : sets[s])
+                scratch.set_ind(g);
+            annotate(classes, scratch, out, order);
+            write_set_lines(rep, s, sets[s], out, order, classes, univ, types, kept, boot_num, ceiling, gene_list);
+        }
+    } else {
+        report_all_fast(rep, sets, classes, univ, types, kept, boot_num, ceiling, gene_list, n_vars,
+                        bootstrap_threads());
     }
-    ds_bitvec scratch(n_vars);
-    for (int s = 0; s < static_cast<int>(sets.size()); ++s)
-        report_set(rep, s, sets[s], classes, univ, types, kept, boot_num, ceiling, gene_list, scratch, fast.get());
     return 0;
 }
