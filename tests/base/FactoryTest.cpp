@@ -14,46 +14,31 @@ struct Shape {
     int m_arg = 0;
     float m_arg2 = 0.0f;
 };
-struct Circle : Shape {
-    explicit Circle(int a) { m_arg = a; }
-    Circle(int a, float b) {
+const char* const kKinds[] = {"circle", "square", "old square"};
+template <int N> struct Kind : Shape {
+    explicit Kind(int a, float b = 0.0f) {
         m_arg = a;
         m_arg2 = b;
     }
-    std::string kind() const override { return "circle"; }
+    std::string kind() const override { return kKinds[N]; }
 };
-struct Square : Shape {
-    explicit Square(int a) { m_arg = a; }
-    Square(int a, float b) {
-        m_arg = a;
-        m_arg2 = b;
-    }
-    std::string kind() const override { return "square"; }
-};
-struct OldSquare : Square {
-    explicit OldSquare(int a) : Square(a) {}
-    std::string kind() const override { return "old square"; }
-};
+typedef Kind<0> Circle;
+typedef Kind<1> Square;
+typedef Kind<2> OldSquare;
 
 typedef Factory1<Shape, int> ShapeFactory;
 
 const char* const base_names[] = {"circle", "square", nullptr};
 const ShapeFactory::maker_type base_funcs[] = {Factory1Make<Shape, Circle, int>::func,
                                                Factory1Make<Shape, Square, int>::func};
-const ShapeFactory& base_factory() {
-    static const ShapeFactory f(base_names, base_funcs, 2, nullptr);
-    return f;
-}
+const ShapeFactory base_factory(base_names, base_funcs, 2, nullptr);
 
 // Extends the base table: "square" is redefined, so the parent's square is shadowed.
 const char* const ext_names[] = {"oval", "square", "old", nullptr};
 const ShapeFactory::maker_type ext_funcs[] = {Factory1Make<Shape, Circle, int>::func,
                                               Factory1Make<Shape, OldSquare, int>::func,
                                               Factory1Make<Shape, OldSquare, int>::func};
-const ShapeFactory& ext_factory() {
-    static const ShapeFactory f(ext_names, ext_funcs, 3, &base_factory());
-    return f;
-}
+const ShapeFactory ext_factory(ext_names, ext_funcs, 3, &base_factory);
 
 } // namespace
 
@@ -71,37 +56,33 @@ TEST(Factory, LookupCountRules) {
     EXPECT_EQ(lookup("x", dup, -1, true), 0);
 }
 
-TEST(Factory, ParentOffsetsAndShadowing) {
-    const ShapeFactory& f = ext_factory();
+TEST(Factory, ParentOffsetsShadowingAndMake) {
+    const ShapeFactory& f = ext_factory;
     EXPECT_EQ(f.m_count, 3);
     EXPECT_EQ(f.m_total, 5);
     EXPECT_EQ(f.product("oval", true), 0);
     EXPECT_EQ(f.product("square", true), 1); // own entry shadows the parent's
     EXPECT_EQ(f.product("circle", true), 3); // parent's index 0, shifted by 3
+    EXPECT_STREQ(f.name(2), "old");
     EXPECT_STREQ(f.name(3), "circle");
     EXPECT_STREQ(f.name(4), "square");
-    EXPECT_STREQ(f.name(2), "old");
     // A miss in the parent with required false: -1 plus the own count, not a valid index.
     EXPECT_EQ(f.product("hexagon", false), 2);
-    EXPECT_EQ(base_factory().product("hexagon", false), -1);
+    EXPECT_EQ(base_factory.product("hexagon", false), -1);
     // Index 4 names "square", but product gives 1 for it: the parent's row is the old one.
     EXPECT_TRUE(f.obsolete(4));
     EXPECT_FALSE(f.obsolete(1));
     EXPECT_FALSE(f.obsolete(3));
-}
-
-TEST(Factory, MakeWalksToTheOwningTable) {
-    std::unique_ptr<Shape> a(ext_factory().make("circle", 5));
+    // make walks to the table that owns the name.
+    std::unique_ptr<Shape> a(f.make("circle", 5)), b(f.make("square", 6)), c(base_factory.make("square", 7));
     EXPECT_EQ(a->kind(), "circle");
     EXPECT_EQ(a->m_arg, 5);
-    std::unique_ptr<Shape> b(ext_factory().make("square", 6));
     EXPECT_EQ(b->kind(), "old square");
-    std::unique_ptr<Shape> c(base_factory().make("square", 7));
     EXPECT_EQ(c->kind(), "square");
     EXPECT_EQ(c->m_arg, 7);
 }
 
-TEST(Factory, DuplicateNameRowIsObsolete) {
+TEST(Factory, DuplicateNameRowIsObsoleteAndTwoArgumentMake) {
     const char* const names[] = {"one", "two", "one", nullptr};
     const ShapeFactory::maker_type funcs[] = {Factory1Make<Shape, Circle, int>::func,
                                               Factory1Make<Shape, Square, int>::func,
@@ -111,24 +92,20 @@ TEST(Factory, DuplicateNameRowIsObsolete) {
     EXPECT_FALSE(f.obsolete(0));
     EXPECT_FALSE(f.obsolete(1));
     EXPECT_TRUE(f.obsolete(2));
-    std::unique_ptr<Shape> s(f.make("one", 1));
-    EXPECT_EQ(s->kind(), "circle");
-}
+    EXPECT_EQ(std::unique_ptr<Shape>(f.make("one", 1))->kind(), "circle");
 
-TEST(Factory, TwoArgumentMake) {
     typedef Factory2<Shape, int, float> F2;
-    const char* const names[] = {"c", "s", nullptr};
-    const F2::maker_type funcs[] = {Factory2Make<Shape, Circle, int, float>::func,
-                                    Factory2Make<Shape, Square, int, float>::func};
-    F2 f(names, funcs, 2, nullptr);
-    std::unique_ptr<Shape> s(f.make("s", 3, 0.5f));
+    const F2::maker_type funcs2[] = {Factory2Make<Shape, Circle, int, float>::func,
+                                     Factory2Make<Shape, Square, int, float>::func};
+    F2 f2(names, funcs2, 2, nullptr);
+    std::unique_ptr<Shape> s(f2.make("two", 3, 0.5f));
     EXPECT_EQ(s->kind(), "square");
     EXPECT_EQ(s->m_arg, 3);
     EXPECT_EQ(s->m_arg2, 0.5f);
 }
 
 TEST(FactoryDeathTest, MissingNameIsFatal) {
-    EXPECT_DEATH(ext_factory().make("hexagon", 1), R"(factory\([0-9]+\): Didn't Find entry for hexagon)");
+    EXPECT_DEATH(ext_factory.make("hexagon", 1), R"(factory\([0-9]+\): Didn't Find entry for hexagon)");
     const char* const names[] = {"a", nullptr};
     EXPECT_DEATH(lookup("b", names, -1, true), R"(factory\([0-9]+\): Didn't Find entry for b)");
 }

@@ -10,7 +10,7 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <set>
+#include <memory>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -37,7 +37,6 @@ ChildResult run_child(const std::string& what, const char* var, const char* valu
         if (var)
             setenv(var, value, 1);
         setenv("VESK_MODES_CHILD", what.c_str(), 1);
-        setenv("VESK_MODES_DIR", dir.path().c_str(), 1);
         execl("/proc/self/exe", "test_base", "--gtest_filter=ModesChild.Run", static_cast<char*>(nullptr));
         _exit(98);
     }
@@ -51,14 +50,16 @@ ChildResult run_child(const std::string& what, const char* var, const char* valu
 bool aborted(int status) { return WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT; }
 
 // Hooks write straight to the descriptor: they run after the streams' own teardown.
-void hook_a() {
-    if (write(STDOUT_FILENO, "[hook a]", 8) < 0)
+template <char C> void hook() {
+    const char text[] = {'[', 'h', 'o', 'o', 'k', ' ', C, ']'};
+    if (write(STDOUT_FILENO, text, sizeof text) < 0)
         _exit(97);
 }
-void hook_b() {
-    if (write(STDOUT_FILENO, "[hook b]", 8) < 0)
-        _exit(97);
-}
+
+struct Big {
+    double d[5];
+    int tag;
+};
 
 } // namespace
 
@@ -71,8 +72,8 @@ TEST(ModesChild, Run) {
     if (w == "fatal")
         fatal_now();
     if (w == "hooks_exit" || w == "hooks_abort") {
-        at_finish(hook_a);
-        at_finish(hook_b);
+        at_finish(hook<'a'>);
+        at_finish(hook<'b'>);
         std::fflush(nullptr);
         if (w == "hooks_exit")
             std::exit(0);
@@ -84,29 +85,23 @@ TEST(ModesDeath, FatalLineOnErrorChannel) {
     EXPECT_DEATH(fatal_now(), R"(ds/BitVec\([0-9]+\): Bit index 40 out of bounds \[0\.\.32\))");
 }
 
-TEST(ModesDeath, ErrorLogZeroAbortsSilently) {
-    ChildResult r = run_child("fatal", "BASE_ERR_LOG", "0");
-    EXPECT_TRUE(aborted(r.status)) << r.status;
-    EXPECT_EQ(r.out.find("ds/BitVec("), std::string::npos);
-    EXPECT_EQ(r.err.find("ds/BitVec("), std::string::npos);
-    // Text without digits converts to 0 as well.
-    r = run_child("fatal", "BASE_ERR_LOG", "off");
-    EXPECT_TRUE(aborted(r.status));
-    EXPECT_EQ(r.err.find("ds/BitVec("), std::string::npos);
-}
-
-TEST(ModesDeath, ErrorActOutMovesTheLineToStdout) {
-    ChildResult r = run_child("fatal", "BASE_ERR_ACT", "out");
-    EXPECT_TRUE(aborted(r.status)) << r.status;
-    EXPECT_NE(r.out.find("ds/BitVec("), std::string::npos) << r.out;
-    EXPECT_EQ(r.err.find("ds/BitVec("), std::string::npos) << r.err;
-}
-
-TEST(ModesDeath, ErrorActToMissingDirectoryLosesTheLine) {
-    ChildResult r = run_child("fatal", "BASE_ERR_ACT", "/nonexistent_dir_vesk/err.log");
-    EXPECT_TRUE(aborted(r.status));
-    EXPECT_EQ(r.out.find("ds/BitVec("), std::string::npos);
-    EXPECT_EQ(r.err.find("ds/BitVec("), std::string::npos);
+// The fatal line's channel set from the environment; in every case the process aborts.
+TEST(ModesDeath, ChannelModesOfTheFatalLine) {
+    const struct {
+        const char *var, *value;
+        bool on_out, on_err;
+    } cases[] = {
+        {"BASE_ERR_LOG", "0", false, false},
+        {"BASE_ERR_ACT", "out", true, false},
+        {"BASE_ERR_ACT", "/nonexistent_dir_vesk/err.log", false, false}, // the line is lost
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.var) + "=" + c.value);
+        const ChildResult r = run_child("fatal", c.var, c.value);
+        EXPECT_TRUE(aborted(r.status)) << r.status;
+        EXPECT_EQ(r.out.find("ds/BitVec(") != std::string::npos, c.on_out) << r.out;
+        EXPECT_EQ(r.err.find("ds/BitVec(") != std::string::npos, c.on_err) << r.err;
+    }
 }
 
 TEST(ModesDeath, NormalExitRunsHooksAbortDoesNot) {
@@ -119,49 +114,33 @@ TEST(ModesDeath, NormalExitRunsHooksAbortDoesNot) {
 }
 
 TEST(ModesDeath, CopyingAChannelPanics) {
-    EXPECT_EXIT(
-        {
-            ActiveMode copy(*get_error_mode());
-            (void)copy;
-        },
-        testing::ExitedWithCode(1), "PANIC: ActiveMode::ActiveMode called");
-    EXPECT_EXIT(
-        {
-            ActiveMode m("VESK_NONE_A", 1, "VESK_NONE_B", 1, "VESK_NONE_C", &std::cerr);
-            m = *get_error_mode();
-        },
-        testing::ExitedWithCode(1), "PANIC: ActiveMode::operator= called");
+    EXPECT_EXIT(ActiveMode copy(*get_error_mode()), testing::ExitedWithCode(1),
+                "PANIC: ActiveMode::ActiveMode called");
+    EXPECT_EXIT(ActiveMode("VESK_NONE_A", 1, "VESK_NONE_B", 1, "VESK_NONE_C", &std::cerr) = *get_error_mode(),
+                testing::ExitedWithCode(1), "PANIC: ActiveMode::operator= called");
 }
 
 TEST(Modes, EnvironmentParsing) {
+    auto mode = [](const char* log, const char* act, int log_default, std::ostream* dflt) {
+        for (auto kv : {std::make_pair("VESK_T_LOG", log), std::make_pair("VESK_T_ACT", act)})
+            kv.second ? setenv(kv.first, kv.second, 1) : unsetenv(kv.first);
+        return std::make_unique<ActiveMode>("VESK_T_OUT", 1, "VESK_T_LOG", log_default, "VESK_T_ACT", dflt);
+    };
     setenv("VESK_T_OUT", "17", 1);
-    setenv("VESK_T_LOG", "no digits", 1);
-    unsetenv("VESK_T_ACT");
-    {
-        ActiveMode m("VESK_T_OUT", 1, "VESK_T_LOG", 1, "VESK_T_ACT", &std::cerr);
-        EXPECT_EQ(m.m_out, 17);
-        EXPECT_EQ(m.m_log, 0);
-        EXPECT_EQ(m.m_stream, &std::cerr);
-    }
-    unsetenv("VESK_T_LOG");
-    setenv("VESK_T_ACT", "OUT", 1);
-    {
-        ActiveMode m("VESK_T_OUT", 1, "VESK_T_LOG", 4, "VESK_T_ACT", &std::cerr);
-        EXPECT_EQ(m.m_log, 4);
-        EXPECT_EQ(m.m_stream, &std::cout);
-    }
-    setenv("VESK_T_ACT", "err", 1);
-    {
-        ActiveMode m("VESK_T_OUT", 1, "VESK_T_LOG", 1, "VESK_T_ACT", &std::cout);
-        EXPECT_EQ(m.m_stream, &std::cerr);
-    }
+    auto plain = mode("no digits", nullptr, 1, &std::cerr);
+    EXPECT_EQ(plain->m_out, 17);
+    EXPECT_EQ(plain->m_log, 0);
+    EXPECT_EQ(plain->m_stream, &std::cerr);
+    auto out = mode(nullptr, "OUT", 4, &std::cerr);
+    EXPECT_EQ(out->m_log, 4);
+    EXPECT_EQ(out->m_stream, &std::cout);
+    EXPECT_EQ(mode(nullptr, "err", 1, &std::cout)->m_stream, &std::cerr);
     TempDir dir;
     const std::string file = dir.path() + "/Err"; // not an exact "err"/"ERR": a file path
-    setenv("VESK_T_ACT", file.c_str(), 1);
     {
-        ActiveMode m("VESK_T_OUT", 1, "VESK_T_LOG", 1, "VESK_T_ACT", &std::cerr);
-        EXPECT_NE(m.m_stream, &std::cerr);
-        *m.m_stream << "to file" << std::flush;
+        auto to_file = mode(nullptr, file.c_str(), 1, &std::cerr);
+        EXPECT_NE(to_file->m_stream, &std::cerr);
+        *to_file->m_stream << "to file" << std::flush;
     }
     EXPECT_EQ(read_file(file), "to file");
     unsetenv("VESK_T_OUT");
@@ -172,37 +151,25 @@ TEST(Modes, VersionHelpers) {
     EXPECT_STREQ(version(), "0.01");
     EXPECT_STREQ(sea_msg(), "this function should not be called");
     char prog[] = "prog", ver[] = "version", other[] = "x";
-    char* one[] = {prog, ver};
-    char* two[] = {prog, ver, other};
+    char* args[] = {prog, ver, other};
     char* wrong[] = {prog, other};
     testing::internal::CaptureStdout();
-    EXPECT_TRUE(arg_version(2, one));
+    EXPECT_TRUE(arg_version(2, args));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "prog 0.01\n");
-    EXPECT_FALSE(arg_version(3, two));
+    EXPECT_FALSE(arg_version(3, args));
     EXPECT_FALSE(arg_version(2, wrong));
-    EXPECT_FALSE(arg_version(1, one));
+    EXPECT_FALSE(arg_version(1, args));
 }
-
-namespace {
-struct Big {
-    double d[5];
-    int tag;
-};
-} // namespace
 
 TEST(Pool, BlocksHoldTheClassAndAreReused) {
     typedef Pool<Big, 32> BigPool;
     EXPECT_GE(BigPool::block_size(), sizeof(Big));
-    std::set<void*> seen;
     std::vector<Big*> live;
-    for (int i = 0; i < 40; ++i) {
-        Big* b = new (BigPool::allocate()) Big{{1, 2, 3, 4, 5}, i};
-        EXPECT_TRUE(seen.insert(b).second) << "block handed out twice";
-        live.push_back(b);
-    }
+    for (int i = 0; i < 40; ++i)
+        live.push_back(new (BigPool::allocate()) Big{{1, 2, 3, 4, 5}, i});
     EXPECT_EQ(BigPool::chunk_count(), 2u); // 32 blocks per chunk
     for (int i = 0; i < 40; ++i)
-        EXPECT_EQ(live[i]->tag, i); // no two blocks overlap
+        EXPECT_EQ(live[i]->tag, i); // no block handed out twice, no two blocks overlap
     void* last = live.back();
     BigPool::release(last);
     EXPECT_EQ(BigPool::allocate(), last); // the released block comes back first

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <sstream>
 #include <vector>
@@ -21,14 +22,18 @@ Model model_of(const ds_bitvec& v) {
     return m;
 }
 
-int count(const Model& m) {
-    int n = 0;
-    for (bool b : m)
-        n += b;
-    return n;
+int count(const Model& m) { return static_cast<int>(std::count(m.begin(), m.end(), true)); }
+
+std::vector<int> iterate(const ds_bitvec& v) {
+    std::vector<int> seen;
+    for (ds_bitvec_iter it(v); it; ++it)
+        seen.push_back(it);
+    return seen;
 }
 
-void expect_matches(const ds_bitvec& v, const Model& m, const std::string& what) {
+// Size, structure, bits, any known count, the true count, the hash (the sum of the words), and the
+// iterator forward, backward and from `start` on.
+void expect_matches(const ds_bitvec& v, const Model& m, const std::string& what, int start) {
     ASSERT_EQ(v.size(), static_cast<int>(m.size())) << what;
     ASSERT_TRUE(v.verify()) << what;
     ASSERT_EQ(model_of(v), m) << what;
@@ -36,6 +41,30 @@ void expect_matches(const ds_bitvec& v, const Model& m, const std::string& what)
         ASSERT_EQ(v.cached_on_bits(), count(m)) << what;
     }
     ASSERT_EQ(v.on_bits(), count(m)) << what;
+    std::uint32_t h = 0;
+    std::vector<int> bits, back;
+    for (size_t i = 0; i < m.size(); ++i)
+        if (m[i]) {
+            h += std::uint32_t(1) << (i % 32);
+            bits.push_back(static_cast<int>(i));
+        }
+    ASSERT_EQ(v.hash(), h) << what;
+    ASSERT_EQ(iterate(v), bits) << what;
+    ds_bitvec_iter it(v);
+    for (int b = it.last(); it; b = --it)
+        back.push_back(b);
+    ASSERT_EQ(back, std::vector<int>(bits.rbegin(), bits.rend())) << what;
+    const auto first = std::lower_bound(bits.begin(), bits.end(), start);
+    const ds_bitvec_iter from(v, start);
+    ASSERT_EQ(static_cast<int>(from), first == bits.end() ? -1 : *first) << what << " start " << start;
+    ASSERT_EQ(static_cast<bool>(from), first != bits.end()) << what << " start " << start;
+}
+
+ds_bitvec with_bits(int width, std::initializer_list<int> bits) {
+    ds_bitvec v(width);
+    for (int b : bits)
+        v.set_ind(b);
+    return v;
 }
 
 ds_bitvec random_vec(std::mt19937& rng, int width, Model& m) {
@@ -70,35 +99,79 @@ int minus_quirk_count(const Model& a, const Model& b) {
     return n;
 }
 
+// In-place two-operand operations and the bit rule each applies.
+struct BinOp {
+    ds_bitvec& (ds_bitvec::*op)(const ds_bitvec&);
+    bool (*rule)(bool, bool);
+};
+const BinOp kBinOps[] = {
+    {&ds_bitvec::andeq, [](bool a, bool b) { return a && b; }},
+    {&ds_bitvec::oreq, [](bool a, bool b) { return a || b; }},
+    {&ds_bitvec::xoreq, [](bool a, bool b) { return a != b; }},
+    {&ds_bitvec::minus, [](bool a, bool b) { return a && !b; }},
+    {&ds_bitvec::sub, [](bool a, bool b) { return !a && b; }},
+    {&ds_bitvec::nand, [](bool a, bool b) { return !(a && b); }},
+    {&ds_bitvec::nor, [](bool a, bool b) { return !(a || b); }},
+    {&ds_bitvec::nxor, [](bool a, bool b) { return a == b; }},
+    {&ds_bitvec::nminus, [](bool a, bool b) { return !a || b; }},
+    {&ds_bitvec::nsub, [](bool a, bool b) { return a || !b; }},
+    {&ds_bitvec::copy, [](bool, bool b) { return b; }},
+    {&ds_bitvec::ncopy, [](bool, bool b) { return !b; }},
+};
+const int kNumBinOps = sizeof(kBinOps) / sizeof(kBinOps[0]);
+
 } // namespace
 
 TEST(BitVec, RandomOperationsAgainstModel) {
     const std::uint32_t seed = test_seed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 rng(seed);
-    const int widths[] = {0, 1, 7, 31, 32, 33, 63, 64, 65, 100, 257};
-    for (int width : widths) {
+    for (int width : {0, 1, 7, 31, 32, 33, 63, 64, 65, 100, 257}) {
         Model m;
         ds_bitvec v = random_vec(rng, width, m);
         for (int step = 0; step < 1500; ++step) {
             Model om;
             ds_bitvec o = random_vec(rng, width, om);
-            const int op = rng() % 24;
+            const int op = rng() % (8 + kNumBinOps);
             const int i = width ? static_cast<int>(rng() % width) : 0;
             const std::string what = "width " + std::to_string(width) + " step " + std::to_string(step) +
                                      " op " + std::to_string(op);
+            // The counting and comparing queries, on every step.
+            int both = 0;
+            bool sub_set = true, super_set = true;
+            for (int k = 0; k < width; ++k) {
+                both += m[k] && om[k];
+                sub_set = sub_set && (!m[k] || om[k]);
+                super_set = super_set && (m[k] || !om[k]);
+            }
+            ds_bitvec::byte_list bytes;
+            for (int b = 0; b < (width + 7) / 8; ++b)
+                if (o.byte(b))
+                    bytes.emplace_back(b, o.byte(b));
+            ASSERT_EQ(v.on_bits_and(o), both) << what;
+            ASSERT_EQ(o.on_bits_and(v), both) << what;
+            ASSERT_EQ(v.on_bits_and_pointers(bytes), both) << what;
+            ASSERT_EQ(v.on_bits_minus(o), minus_quirk_count(m, om)) << what;
+            ASSERT_EQ(v <= o, sub_set) << what;
+            ASSERT_EQ(v >= o, super_set) << what;
+            ASSERT_EQ(v == o, m == om) << what;
+            if (width) {
+                ASSERT_EQ(v.get_ind(i), m[i]) << what;
+            }
+            if (op >= 8) {
+                const BinOp& b = kBinOps[op - 8];
+                (v.*b.op)(o);
+                for (int k = 0; k < width; ++k)
+                    m[k] = b.rule(m[k], om[k]);
+            }
             switch (op) {
             case 0:
-                if (width) {
-                    v.set_ind(i);
-                    m[i] = true;
-                }
+                if (width)
+                    v.set_ind(i), m[i] = true;
                 break;
             case 1:
-                if (width) {
-                    v.clr_ind(i);
-                    m[i] = false;
-                }
+                if (width)
+                    v.clr_ind(i), m[i] = false;
                 break;
             case 2:
                 if (width) {
@@ -106,110 +179,18 @@ TEST(BitVec, RandomOperationsAgainstModel) {
                     ASSERT_EQ(v.flip_ind(i), m[i]) << what;
                 }
                 break;
-            case 3:
-                if (width) {
-                    ASSERT_EQ(v.get_ind(i), m[i]) << what;
-                }
-                break;
-            case 4: {
+            case 3: {
                 const bool val = rng() % 2;
                 v.set(val);
                 m.assign(width, val);
                 ASSERT_EQ(v.cached_on_bits(), val ? width : 0) << what;
                 break;
             }
-            case 5:
+            case 4:
                 v.noteq();
                 m.flip();
                 break;
-            case 6:
-                v.andeq(o);
-                for (int k = 0; k < width; ++k)
-                    m[k] = m[k] && om[k];
-                break;
-            case 7:
-                v.oreq(o);
-                for (int k = 0; k < width; ++k)
-                    m[k] = m[k] || om[k];
-                break;
-            case 8:
-                v.xoreq(o);
-                for (int k = 0; k < width; ++k)
-                    m[k] = m[k] != om[k];
-                break;
-            case 9:
-                v.minus(o);
-                for (int k = 0; k < width; ++k)
-                    m[k] = m[k] && !om[k];
-                break;
-            case 10:
-                v.sub(o);
-                for (int k = 0; k < width; ++k)
-                    m[k] = !m[k] && om[k];
-                break;
-            case 11:
-                v.nand(o);
-                for (int k = 0; k < width; ++k)
-                    m[k] = !(m[k] && om[k]);
-                break;
-            case 12:
-                v.nor(o);
-                for (int k = 0; k < width; ++k)
-                    m[k] = !(m[k] || om[k]);
-                break;
-            case 13:
-                v.nxor(o);
-                for (int k = 0; k < width; ++k)
-                    m[k] = m[k] == om[k];
-                break;
-            case 14:
-                v.nminus(o);
-                for (int k = 0; k < width; ++k)
-                    m[k] = !m[k] || om[k];
-                break;
-            case 15:
-                v.nsub(o);
-                for (int k = 0; k < width; ++k)
-                    m[k] = m[k] || !om[k];
-                break;
-            case 16:
-                v.copy(o);
-                m = om;
-                break;
-            case 17:
-                v.ncopy(o);
-                m = om;
-                m.flip();
-                break;
-            case 18: {
-                int expect = 0;
-                for (int k = 0; k < width; ++k)
-                    expect += m[k] && om[k];
-                ASSERT_EQ(v.on_bits_and(o), expect) << what;
-                ASSERT_EQ(o.on_bits_and(v), expect) << what;
-                ds_bitvec::byte_list bytes;
-                for (int b = 0; b < (width + 7) / 8; ++b)
-                    if (o.byte(b))
-                        bytes.emplace_back(b, o.byte(b));
-                ASSERT_EQ(v.on_bits_and_pointers(bytes), expect) << what;
-                break;
-            }
-            case 19:
-                ASSERT_EQ(v.on_bits_minus(o), minus_quirk_count(m, om)) << what;
-                break;
-            case 20: {
-                bool sub_set = true, super_set = true;
-                for (int k = 0; k < width; ++k) {
-                    sub_set = sub_set && (!m[k] || om[k]);
-                    super_set = super_set && (m[k] || !om[k]);
-                }
-                ASSERT_EQ(v <= o, sub_set) << what;
-                ASSERT_EQ(v >= o, super_set) << what;
-                ASSERT_EQ(v == o, m == om) << what;
-                break;
-            }
-            case 21: {
-                // restrict: a stretch of a wider source at any offset.
+            case 5: { // restrict: a stretch of a wider source at any offset
                 Model sm;
                 const int off = static_cast<int>(rng() % 70);
                 ds_bitvec src = random_vec(rng, width + off + static_cast<int>(rng() % 40), sm);
@@ -218,8 +199,7 @@ TEST(BitVec, RandomOperationsAgainstModel) {
                     m[k] = sm[off + k];
                 break;
             }
-            case 22: {
-                // embed: a shorter source placed at an offset, cut at the end.
+            case 6: { // embed: a shorter source placed at an offset, cut at the end
                 Model sm;
                 const int sw = static_cast<int>(rng() % (width + 1));
                 const int off = static_cast<int>(rng() % (width + 1));
@@ -228,72 +208,26 @@ TEST(BitVec, RandomOperationsAgainstModel) {
                 m.assign(width, false);
                 for (int k = 0; k < sw && off + k < width; ++k)
                     m[k + off] = sm[k];
-                ASSERT_EQ(v.cached_on_bits(), src.cached_on_bits()) << what;
                 // The cached count is the source's: only check the words here.
+                ASSERT_EQ(v.cached_on_bits(), src.cached_on_bits()) << what;
                 ASSERT_EQ(model_of(v), m) << what;
                 ds_bitvec fresh(width);
-                fresh.oreq(v);
-                v.copy(fresh);
+                v.copy(fresh.oreq(v));
                 break;
             }
-            case 23: {
-                // Shrink then grow back: dropped bits come back clear.
+            case 7: { // shrink then grow back: dropped bits come back clear
                 const int nw = static_cast<int>(rng() % (width + 1));
                 v.set_size(nw);
                 m.resize(nw);
-                expect_matches(v, m, what + " shrink");
+                expect_matches(v, m, what + " shrink", i);
                 v.set_size(width);
                 m.resize(width, false);
                 break;
             }
             }
-            expect_matches(v, m, what);
-            ASSERT_EQ(v.hash(), [&] {
-                std::uint32_t h = 0;
-                for (int w = 0; w < v.word_count(); ++w)
-                    for (int t = 0; t < 32; ++t)
-                        if (32 * w + t < width && m[32 * w + t])
-                            h += std::uint32_t(1) << t;
-                return h;
-            }()) << what;
-        }
-    }
-}
-
-TEST(BitVec, IteratorAgainstModel) {
-    const std::uint32_t seed = test_seed(777);
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 rng(seed);
-    for (int rep = 0; rep < 400; ++rep) {
-        const int width = static_cast<int>(rng() % 150);
-        Model m;
-        ds_bitvec v = random_vec(rng, width, m);
-        std::vector<int> bits;
-        for (int i = 0; i < width; ++i)
-            if (m[i])
-                bits.push_back(i);
-
-        std::vector<int> fwd;
-        for (ds_bitvec_iter it(v); it; ++it)
-            fwd.push_back(it);
-        ASSERT_EQ(fwd, bits) << "width " << width;
-
-        std::vector<int> back;
-        ds_bitvec_iter it(v);
-        for (int b = it.last(); it; b = --it)
-            back.push_back(b);
-        ASSERT_EQ(back, std::vector<int>(bits.rbegin(), bits.rend())) << "width " << width;
-
-        for (int start = 0; start <= width + 2; ++start) {
-            ds_bitvec_iter f(v, start);
-            int expect = -1;
-            for (int b : bits)
-                if (b >= start) {
-                    expect = b;
-                    break;
-                }
-            ASSERT_EQ(static_cast<int>(f), expect) << "width " << width << " start " << start;
-            ASSERT_EQ(static_cast<bool>(f), expect >= 0);
+            expect_matches(v, m, what, static_cast<int>(rng() % (width + 3)));
+            if (HasFatalFailure())
+                return;
         }
     }
 }
@@ -303,111 +237,57 @@ TEST(BitVec, SetIndexMinusOneLandsOnBit31OfWordZero) {
     v.set_ind(-1);
     EXPECT_EQ(v.word(0), 0x80000000u);
     EXPECT_EQ(v.cached_on_bits(), 1);
-    EXPECT_TRUE(v.get_ind(31));
     v.set_ind(31); // the same bit: count unchanged
-    EXPECT_EQ(v.on_bits(), 1);
+    EXPECT_EQ(v.cached_on_bits(), 1);
     // On a narrow vector the bit lies past the width, yet the iterator and count see it.
-    ds_bitvec narrow(5);
-    narrow.set_ind(2);
-    narrow.set_ind(-1);
+    ds_bitvec narrow = with_bits(5, {2, -1});
     EXPECT_EQ(narrow.on_bits(), 2);
-    std::vector<int> seen;
-    for (ds_bitvec_iter it(narrow); it; ++it)
-        seen.push_back(it);
-    EXPECT_EQ(seen, (std::vector<int>{2, 31}));
+    EXPECT_EQ(iterate(narrow), (std::vector<int>{2, 31}));
 }
 
 TEST(BitVec, OnBitsMinusMiscountsTheTopByte) {
-    ds_bitvec a(32), b(32);
-    // a has only its top byte; b only its first byte: the word passes the true test, but the top
-    // byte is masked with NOT 0xFF and counts nothing.
-    for (int i = 24; i < 32; ++i)
-        a.set_ind(i);
-    for (int i = 0; i < 8; ++i)
-        b.set_ind(i);
+    // a has only its top byte, b only its first byte: the word passes the true test, but the top
+    // byte is masked with NOT 0xFF and counts nothing, though a AND NOT b has 8 bits.
+    ds_bitvec a = with_bits(32, {24, 25, 26, 27, 28, 29, 30, 31}),
+              b = with_bits(32, {0, 1, 2, 3, 4, 5, 6, 7});
     EXPECT_EQ(a.on_bits_minus(b), 0);
-    ds_bitvec c(a);
-    EXPECT_EQ(c.minus(b).on_bits(), 8);
-    // a = bits 0 and 24, b = bit 24: true count 1, routine says 2.
-    ds_bitvec x(40), y(40);
-    x.set_ind(0);
-    x.set_ind(24);
-    y.set_ind(24);
+    // x = bits 0 and 24, y = bit 24: true count 1, the routine says 2; the reverse word is skipped.
+    ds_bitvec x = with_bits(40, {0, 24}), y = with_bits(40, {24});
     EXPECT_EQ(x.on_bits_minus(y), 2);
-    // A word with nothing of a AND NOT b is skipped whole.
     EXPECT_EQ(y.on_bits_minus(x), 0);
 }
 
-TEST(BitVec, EmbedKeepsSourceCountAndConstructors) {
+TEST(BitVec, CountQuirksAndConstructors) {
+    // embed keeps the source's count though bits were cut: 10 set, 5 fit.
     ds_bitvec src(10);
     src.set(true);
     ds_bitvec placed(40, 35, src);
-    EXPECT_EQ(placed.cached_on_bits(), 10); // the source's count, though 5 bits were cut
-    int real = 0;
-    for (int i = 0; i < 40; ++i)
-        real += placed.get_ind(i);
-    EXPECT_EQ(real, 5);
-
-    ds_bitvec wide(100);
-    for (int i : {3, 40, 41, 70, 99})
-        wide.set_ind(i);
-    ds_bitvec part(wide, 38, 40); // bits 38..77 of wide
-    std::ostringstream os;
+    EXPECT_EQ(placed.cached_on_bits(), 10);
+    EXPECT_EQ(count(model_of(placed)), 5);
+    // A stretch of bits 38..77; its count is unknown.
+    ds_bitvec part(with_bits(100, {3, 40, 41, 70, 99}), 38, 40);
+    std::ostringstream os, empty;
     os << part;
-    EXPECT_EQ(os.str(), "2 3 32 ");
-    EXPECT_EQ(part.cached_on_bits(), -1);
-    std::ostringstream empty;
     empty << ds_bitvec(12);
+    EXPECT_EQ(os.str(), "2 3 32 ");
     EXPECT_EQ(empty.str(), "empty ");
-}
-
-TEST(BitVec, CountCacheRules) {
-    ds_bitvec v(64);
-    v.set(true);
-    EXPECT_EQ(v.cached_on_bits(), 64);
-    v.noteq();
-    EXPECT_EQ(v.cached_on_bits(), 0);
-    v.set_ind(5);
-    v.noteq();
-    EXPECT_EQ(v.cached_on_bits(), 63);
-    v.noteq();
-    EXPECT_EQ(v.cached_on_bits(), 1);
-    v.set_size(10); // shrinking makes the count unknown
-    EXPECT_EQ(v.cached_on_bits(), -1);
-    EXPECT_EQ(v.on_bits(), 1);
-    v.set_size(300); // growing keeps it
-    EXPECT_EQ(v.cached_on_bits(), 1);
-    ds_bitvec w(300);
-    w.oreq(v);
-    EXPECT_EQ(w.cached_on_bits(), -1);
-
-    // ncopy: masked with this vector's width, count from the old width, then the other's width.
-    ds_bitvec big(40), small(8);
-    small.set_ind(1);
-    big.ncopy(small);
+    EXPECT_EQ(part.cached_on_bits(), -1);
+    // ncopy: masked with the other's width, count = old width minus the other's count.
+    ds_bitvec big(40);
+    big.ncopy(with_bits(8, {1}));
     EXPECT_EQ(big.size(), 8);
     EXPECT_EQ(big.cached_on_bits(), 39);
     EXPECT_EQ(big.word(0), 0xFFu & ~2u);
-
-    ds_bitvec zero(0);
-    zero.set(true);
-    EXPECT_EQ(zero.on_bits(), 0);
-    EXPECT_FALSE(static_cast<bool>(ds_bitvec_iter(zero)));
-
-    // Equality reads the left side's words only.
-    ds_bitvec a(32), b(64);
-    a.set_ind(3);
-    b.set_ind(3);
-    b.set_ind(40);
-    EXPECT_TRUE(a == b); // the wider right side's extra word is never read
-
-    ds_bitvec_hash h;
-    ds_bitvec_ptr_equal eq;
-    ds_bitvec p(50), q(50);
-    p.set_ind(49);
-    q.set_ind(49);
-    EXPECT_EQ(h(p), h(&q));
-    EXPECT_TRUE(eq(&p, &q));
+    // Growing keeps a known count.
+    ds_bitvec grown = with_bits(10, {1});
+    grown.set_size(300);
+    EXPECT_EQ(grown.cached_on_bits(), 1);
+    // Equality reads the left side's words only: the wider right side's extra word is never read.
+    EXPECT_TRUE(with_bits(32, {3}) == with_bits(64, {3, 40}));
+    // The functors key hash containers by content.
+    ds_bitvec p = with_bits(50, {49}), q = with_bits(50, {49});
+    EXPECT_EQ(ds_bitvec_hash()(p), ds_bitvec_hash()(&q));
+    EXPECT_TRUE(ds_bitvec_ptr_equal()(&p, &q));
 }
 
 TEST(BitVecDeath, FatalTexts) {
