@@ -1,0 +1,111 @@
+// Observers of a DynBiclust that keep each candidate move's key in a composite heap: one per
+// condition node, one per variable node, one per bin.
+#ifndef VESK_BIC_BICCHANGEOBS_H
+#define VESK_BIC_BICCHANGEOBS_H
+
+#include "DynBiclust.h"
+#include "ds/CompHeap.h"
+
+#include <utility>
+#include <vector>
+
+typedef CompHeap<HeapBin> BicHeap;
+
+// Holds the bicluster, its weights, the heap and the subscriptions. A copy is unattached. attach
+// starts with unsubscribe_all, so an observer can move to another bicluster; the destructor
+// unsubscribes, so the bicluster must outlive its observers.
+class BicChangeObsBase {
+public:
+    BicChangeObsBase() : m_bic(nullptr), m_wgt(nullptr), m_heap(nullptr) {}
+    BicChangeObsBase(const BicChangeObsBase&) : BicChangeObsBase() {}
+    BicChangeObsBase& operator=(const BicChangeObsBase&) = delete;
+    virtual ~BicChangeObsBase() { unsubscribe_all(); }
+
+    void unsubscribe_all();
+    bool attached() const { return m_bic != nullptr; }
+
+    DynBiclust* m_bic;
+    WgtSchemeBase* m_wgt;
+    BicHeap* m_heap;
+
+protected:
+    void bind(DynBiclust& bic, BicHeap* heap);
+    template <class T> void subscribe(int code, T& obs, void (T::*handler)(int)) {
+        const int slot = m_bic->m_dispatch.subscribe(code, makeFunctor((CBFunctor1<int>*)0, obs, handler));
+        m_subs.push_back(std::make_pair(code, slot));
+    }
+    // Insert when absent, change when present.
+    void place(int heap, int node, float key);
+    void take_out(int heap, int node);
+
+    std::vector<std::pair<int, int>> m_subs; // (event code, slot)
+};
+
+// A condition node. m_gain is its margin; its key is -add_factor * m_gain while outside (an add
+// move), del_factor * m_gain while inside (a delete move), on one heap for all condition moves.
+class BicChangeExpObs : public BicChangeObsBase {
+public:
+    BicChangeExpObs()
+        : m_node(-1), m_heap_idx(-1), m_add_factor(1.0f), m_del_factor(1.0f), m_gain(0.0f), m_outside(true) {}
+
+    void attach(DynBiclust& bic, BicHeap& heap, int node, int heap_idx, float add_factor, float del_factor);
+
+    int m_node;
+    int m_heap_idx;
+    float m_add_factor;
+    float m_del_factor;
+    float m_gain;
+    bool m_outside;
+
+private:
+    void on_reset(int code);
+    void on_var_change(int code);
+    void on_adj(int code);
+    void on_change_me(int code);
+    float key() const { return m_outside ? -m_add_factor * m_gain : m_gain * m_del_factor; }
+    void update_key();
+};
+
+// A variable node. m_gain is the edge part of its margin plus init_gain; the non-edge part is the
+// same for its whole bin and is the weight of the bin's sub-heaps (BicChangeVarBinObs). Key -m_gain
+// in the bin's add heap while outside, m_gain in its delete heap while inside.
+class BicChangeVarObs : public BicChangeObsBase {
+public:
+    BicChangeVarObs()
+        : m_node(-1), m_add_heap(-1), m_del_heap(-1), m_init_gain(0.0f), m_gain(0.0f), m_outside(true) {}
+
+    void attach(DynBiclust& bic, BicHeap& heap, int node, int add_heap, int del_heap, float init_gain);
+
+    int m_node;
+    int m_add_heap;
+    int m_del_heap;
+    float m_init_gain;
+    float m_gain;
+    bool m_outside;
+
+private:
+    void on_reset(int code);
+    void on_adj(int code);
+    void on_change_me(int code);
+};
+
+// A bin. m_gain is the sum of non_edge(e, bin) over the conditions inside; the add sub-heap weighs
+// -m_gain and the delete sub-heap m_gain.
+class BicChangeVarBinObs : public BicChangeObsBase {
+public:
+    BicChangeVarBinObs() : m_bin(-1), m_add_heap(-1), m_del_heap(-1), m_gain(0.0f) {}
+
+    void attach(DynBiclust& bic, BicHeap& heap, int bin, int add_heap, int del_heap);
+
+    int m_bin;
+    int m_add_heap;
+    int m_del_heap;
+    float m_gain;
+
+private:
+    void on_reset(int code);
+    void on_exp_change(int code);
+    void set_weights();
+};
+
+#endif

@@ -1,0 +1,180 @@
+// Fixtures of the bicluster and optimiser tests: synthetic expression tables with a planted module
+// turned into a real graph and weight scheme, a weight scheme given by hand, and from-scratch sums.
+#ifndef VESK_TESTS_BIC_BICSYNTH_H
+#define VESK_TESTS_BIC_BICSYNTH_H
+
+#include "ArrayVarEC.h"
+#include "BicTestUtil.h"
+#include "DynBiclust.h"
+#include "ValSpaceProb.h"
+#include "WgtSchemeGroupIndeg.h"
+#include "ds/BitVecIter.h"
+#include "plinear.h"
+
+#include <cmath>
+#include <memory>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+// Three states, 0 down, 1 no change (the zero state), 2 up, as soft membership functions.
+inline ValSpaceProb* synth_space() {
+    static ValSpaceProb* vs = nullptr;
+    if (!vs) {
+        static sf_plinear<2> down, up;
+        static sf_plinear<3> flat;
+        down.init({-2.0f, -0.5f}, {1.0f, 0.0f});
+        flat.init({-1.0f, 0.0f, 1.0f}, {0.0f, 1.0f, 0.0f});
+        up.init({0.5f, 2.0f}, {0.0f, 1.0f});
+        vs = new ValSpaceProb(*new options, "", true);
+        vs->init({&down, &flat, &up}, -4.0f, 1.0f, 4.0f, 0.01f, 0);
+    }
+    return vs;
+}
+
+// Scopes: "G<o>" builds the graph (o = 1: both orientations on both sides), "W" the weights with
+// ModelP given to the constructor, "Bins" the binning.
+inline options& synth_options() {
+    static options* o = nullptr;
+    if (!o) {
+        std::string t;
+        for (int orient = 0; orient < 2; ++orient)
+            t += "[G" + std::to_string(orient) +
+                 "]\nLogit = 0\nEdgePThresh = 0.2\nEdgeNonZeroP = 0.3\nAllowConditionOrientation = " +
+                 std::to_string(orient) + "\nAllowVarOrientation = " + std::to_string(orient) +
+                 "\nExpCardinality = 2\nVarCardinality = 2\nFactors = { f 1\n1.0\n}\n"
+                 "StateOfGroupPair = { i 12\n0 0 2\n0 1 0\n1 0 0\n1 1 2\n}\nBuildEdgesFromFile = 0\n";
+        t += "[Bins]\nMaxGroupBins = 8\nMinGroupInterval = 2\n"
+             "[W]\nBinningScope = Bins\nMinimumPU = 0.001\nLogit = 0\nLimitNegPosRatio = 0\n"
+             "MinNegWeightRatio = 0.5\nUseSeriesFactor = 0\nUseExpWeight = 0\nMaxPatchPU = 0.9\n";
+        o = &bic_options(t);
+    }
+    return *o;
+}
+
+// A conditions x genes table of standard normal noise; the planted genes are shifted up by `shift`
+// in the planted conditions. The graph, the measurement classes and a WgtSchemeGroupIndeg with
+// ModelP `model_p` are built on it.
+struct Synth {
+    Synth(int conds, int genes, const std::vector<int>& pconds, const std::vector<int>& pgenes, float shift,
+          unsigned seed, bool orient, float model_p = 0.8f)
+        : universe(synth_space()), data(universe) {
+        Quiet q;
+        universe.init_idspace(genes);
+        data.set_max_eid(conds, 0.0f);
+        std::mt19937 rng(seed);
+        std::normal_distribution<float> noise(0.0f, 1.0f);
+        for (int v = 0; v < genes; ++v)
+            for (int e = 0; e < conds; ++e)
+                data.m_data(v, e) = noise(rng);
+        for (int v : pgenes)
+            for (int e : pconds)
+                data.m_data(v, e) += shift;
+        graph.reset(new ExpVarGraphACO(universe, data, synth_options(), orient ? "G1" : "G0", true));
+        ec.reset(new ArrayVarEC(data));
+        wgt.reset(new WgtSchemeGroupIndeg(*graph, *ec, synth_options(), "W", model_p, true));
+    }
+    int exp_node(int group, int cond) const { return graph->m_exp_group_nodes(group, cond); }
+    int var_node(int group, int gene) const { return graph->m_var_group_nodes(group, gene); }
+
+    VarUniverse universe;
+    StateDataSetReal data;
+    std::unique_ptr<ExpVarGraphACO> graph;
+    std::unique_ptr<ArrayVarEC> ec;
+    std::unique_ptr<WgtSchemeGroupIndeg> wgt;
+};
+
+// Weights given by hand on a hand-built graph: a bin per variable node, edge and non-edge weights by
+// (bin, condition node), a weight per edge; an edge's cnc is its weight minus the non-edge weight of
+// its pair, as in the real scheme.
+class HandWgt : public WgtSchemeBase {
+public:
+    HandWgt(const ExpVarGraphBase& g, std::vector<int> node_bin, int bins) : m_g(g) {
+        m_bins.m_bin_num = bins;
+        m_bins.m_var_node_bin = std::move(node_bin);
+        m_edge.assign(bins, std::vector<float>(g.m_max_exp_node, 0.0f));
+        m_non_edge = m_edge;
+        m_edge_w.assign(g.m_edge_count, 0.0f);
+        m_var_w.assign(g.m_node_count, 0.0f);
+    }
+    float get_edge_weight(int edge) const override { return m_edge_w[edge]; }
+    float get_edge_cnc(int edge) const override {
+        return m_edge_w[edge] - m_non_edge[get_var_node_bin(m_g.edge_dest(edge))][m_g.edge_source(edge)];
+    }
+    float get_edge_exp_weight(int e, int bin) const override { return m_edge[bin][e]; }
+    float get_non_edge_exp_weight(int e, int bin) const override { return m_non_edge[bin][e]; }
+    float get_edge_exp_cnc(int e, int bin) const override { return m_edge[bin][e] - m_non_edge[bin][e]; }
+    const VarNodesBinsBase& get_var_nodes_bins() const override { return m_bins; }
+    int get_var_node_bin(int node) const override { return m_bins.m_var_node_bin[node]; }
+    float get_var_node_weight(int node) const override { return m_var_w[node]; }
+
+    const ExpVarGraphBase& m_g;
+    VarNodesBinsBase m_bins;
+    std::vector<std::vector<float>> m_edge, m_non_edge; // [bin][condition node]
+    std::vector<float> m_edge_w;                        // by edge
+    std::vector<float> m_var_w;                         // by node
+};
+
+// Pair weights from scratch: edge ids in a dense (condition node, node) table, and the weight of a
+// pair as the score defines it (the edge's weight, else the non-edge weight of its bin).
+struct PairTable {
+    PairTable(const ExpVarGraphBase& g, const WgtSchemeBase& w) : m_g(g), m_w(w) {
+        m_edge.assign(static_cast<size_t>(g.m_max_exp_node) * g.m_node_count, -1);
+        for (int id = 0; id < g.m_edge_count; ++id)
+            if (g.edge_use(id))
+                m_edge[static_cast<size_t>(g.edge_source(id)) * g.m_node_count + g.edge_dest(id)] = id;
+    }
+    int edge(int e, int v) const { return m_edge[static_cast<size_t>(e) * m_g.m_node_count + v]; }
+    double pair(int e, int v) const {
+        const int id = edge(e, v);
+        return id != -1 ? m_w.get_edge_weight(id) : m_w.get_non_edge_exp_weight(e, m_w.get_var_node_bin(v));
+    }
+    // Margins over the given members of the other side; `mag` gets the sum of magnitudes.
+    double exp_margin(const std::vector<int>& vars, int e, double* mag = nullptr) const {
+        double s = 0, m = 0;
+        for (int v : vars) {
+            const double x = pair(e, v);
+            s += x;
+            m += std::fabs(x);
+        }
+        if (mag)
+            *mag = m;
+        return s;
+    }
+    double var_margin(const std::vector<int>& exps, int v, double* mag = nullptr) const {
+        double s = 0, m = 0;
+        for (int e : exps) {
+            const double x = pair(e, v);
+            s += x;
+            m += std::fabs(x);
+        }
+        if (mag)
+            *mag = m;
+        return s;
+    }
+    double score(const ExpVarBiclust& b, double* mag = nullptr) const {
+        const std::vector<int> exps = members(b.m_exps), vars = members(b.m_vars);
+        double s = 0, m = 0;
+        for (int v : vars) {
+            double mv = 0;
+            s += var_margin(exps, v, &mv) + m_w.get_var_node_weight(v);
+            m += mv + std::fabs(m_w.get_var_node_weight(v));
+        }
+        if (mag)
+            *mag = m;
+        return s;
+    }
+    static std::vector<int> members(const ds_bitvec& set) {
+        std::vector<int> out;
+        for (ds_bitvec_iter it(set); it; ++it)
+            out.push_back(it);
+        return out;
+    }
+
+    const ExpVarGraphBase& m_g;
+    const WgtSchemeBase& m_w;
+    std::vector<int> m_edge;
+};
+
+#endif

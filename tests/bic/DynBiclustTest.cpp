@@ -1,0 +1,293 @@
+// ExpVarBiclust and DynBiclust: scores and margins worked out by hand, the event sequence, the
+// tables, and long random change sequences checked against from-scratch sums, heap entries included.
+#include "BicGreedyOpt.h"
+#include "BicSynth.h"
+
+#include <random>
+#include <sstream>
+#include <utility>
+
+namespace {
+
+// Condition nodes 0 (condition 0), 1 (condition 1) in group 0 and 2 (condition 0) in group 1;
+// variable nodes 3-6 are genes 0-3. Bins: nodes 3, 4 in bin 0, nodes 5, 6 in bin 1.
+// Edges: e0 0-3 (weight 2), e1 0-4 (1.5), e2 1-3 (1), e3 1-5 (3), e4 2-6 (0.5), e5 0-6 (1).
+// Non-edge weights, bin 0: -1, -0.5, -0.25 and bin 1: -2, -1, -0.5 for condition nodes 0, 1, 2.
+// Node 5 carries an own weight of 0.25.
+struct Hand {
+    Hand() : d(4, nullptr, "0 c0 x 0 1 0\n1 c1 x 0 1 0\n", "") {
+        g.reset(
+            hand_graph(d, {0, 0, 1}, {0, 0, 0, 0},
+                       {{0, 3, 1.0f}, {0, 4, 1.0f}, {1, 3, 1.0f}, {1, 5, 1.0f}, {2, 6, 1.0f}, {0, 6, 1.0f}}));
+        w.reset(new HandWgt(*g, {0, 0, 0, 0, 0, 1, 1}, 2));
+        w->m_non_edge = {{-1.0f, -0.5f, -0.25f}, {-2.0f, -1.0f, -0.5f}};
+        w->m_edge = {{2.0f, 2.0f, 2.0f}, {3.0f, 3.0f, 3.0f}};
+        w->m_edge_w = {2.0f, 1.5f, 1.0f, 3.0f, 0.5f, 1.0f};
+        w->m_var_w[5] = 0.25f;
+    }
+    BicData d;
+    std::unique_ptr<ExpVarGraphACO> g;
+    std::unique_ptr<HandWgt> w;
+};
+
+TEST(ExpVarBiclust, ScoreMarginsAndTablesByHand) {
+    Hand h;
+    ExpVarBiclust b(*h.g, *h.w);
+    EXPECT_EQ(b.m_vars.size(), 7);
+    EXPECT_EQ(b.m_exps.size(), 3);
+    b.add_exp_node(0);
+    b.add_var_node(3);
+    b.add_var_node(5);
+    b.add_exp_node(1);
+    // Pairs: (0,3) edge 2, (0,5) non-edge -2, (1,3) edge 1, (1,5) edge 3; plus 0.25 of node 5.
+    EXPECT_EQ(b.m_score, 4.25f);
+    EXPECT_TRUE(b.verify());
+    EXPECT_EQ(b.get_exp_margin(0), 0.0f);
+    EXPECT_EQ(b.get_exp_margin(1), 4.0f);
+    EXPECT_EQ(b.get_exp_margin(2), -0.75f); // outside: non-edges -0.25 and -0.5
+    EXPECT_EQ(b.get_var_margin(3), 3.0f);
+    EXPECT_EQ(b.get_var_margin(5), 1.0f); // own weight not counted
+    EXPECT_EQ(b.get_var_margin(4), 1.0f); // outside: edge 1.5, non-edge -0.5
+    EXPECT_EQ(b.get_var_margin(6), 0.0f);
+
+    std::ostringstream bick, bicd;
+    b.dump_to_tables(7, bick, bicd);
+    EXPECT_EQ(bick.str(), "7\t4.25\n");
+    EXPECT_EQ(bicd.str(), "7\t0\t0\t0\t0\n7\t0\t1\t0\t4\n7\t1\t0\t0\t3\n7\t1\t2\t0\t1\n");
+
+    b.del_exp_node(0);
+    EXPECT_EQ(b.m_score, 4.25f); // (1,3) 1, (1,5) 3, own 0.25
+    // A variable with no edge into the bicluster still gets the bin's non-edge sum: (1,6) -1.
+    b.add_var_node(6);
+    EXPECT_EQ(b.m_score, 3.25f);
+    b.del_exp_node(1);
+    EXPECT_EQ(b.m_score, 0.25f); // only the own weight is left
+    ds_bitvec ids;
+    b.get_vars_set(ids);
+    EXPECT_EQ(ids.size(), 4);
+    EXPECT_TRUE(ids.get_ind(0) && ids.get_ind(2) && ids.get_ind(3) && !ids.get_ind(1));
+
+    // Equality and hash are by the two sets; copies are independent.
+    ExpVarBiclust c(b);
+    EXPECT_TRUE(c == b);
+    EXPECT_EQ(c.hash(), b.m_exps.hash() + b.m_vars.hash());
+    c.add_exp_node(2);
+    EXPECT_FALSE(c == b);
+    b = c;
+    EXPECT_TRUE(c == b);
+    EXPECT_EQ(b.m_score, c.m_score);
+
+    // init with a single-node set and the expected weight: (0,4) 1.5 + (1,4) -0.5.
+    ds_bitvec exps(3);
+    exps.set_ind(0);
+    exps.set_ind(1);
+    WeightedVarSet one(4, 1.0f);
+    ExpVarBiclust i(*h.g, *h.w, one, exps);
+    EXPECT_EQ(i.m_score, 1.0f);
+    EXPECT_EQ(one.get_set(), std::set<int>({4}));
+}
+
+TEST(ExpVarBiclust, VerifyReportsADriftedScore) {
+    Hand h;
+    ExpVarBiclust b(*h.g, *h.w);
+    b.add_exp_node(1);
+    b.add_var_node(3);
+    b.m_score = 2.0f; // true score 1
+    Quiet q;
+    EXPECT_FALSE(b.verify());
+    EXPECT_EQ(q.done(), "Bad weight verification at bic, test weight = 1 != cur weight 2\n");
+    b.m_score = 1.005f;
+    EXPECT_TRUE(b.verify());
+}
+
+// Records each event with the edge it is about and whether the node is already in place.
+struct Recorder {
+    explicit Recorder(DynBiclust& b) : bic(b) {
+        for (int code = 0; code < 7 + 3 * 7; ++code)
+            bic.m_dispatch.subscribe(code, makeFunctor((CBFunctor1<int>*)0, *this, &Recorder::on));
+    }
+    void on(int code) {
+        const bool edge_event = code >= 7 && (code - 7) % 3 != 0;
+        seen.push_back({code, edge_event ? bic.m_cur_edge : -1});
+        if (code == 1)
+            in_place.push_back(bic.m_vars.get_ind(bic.m_cur_var_node));
+        if (code == 0)
+            score_at_reset = bic.m_score;
+    }
+    DynBiclust& bic;
+    std::vector<std::pair<int, int>> seen;
+    std::vector<bool> in_place;
+    float score_at_reset = 0.0f;
+};
+
+TEST(DynBiclust, RaisesEveryEventInOrder) {
+    Hand h;
+    DynBiclust b(*h.g, *h.w);
+    EXPECT_EQ(b.m_change_me[3], 16);
+    EXPECT_EQ(b.m_var_add_adj[3], 17);
+    EXPECT_EQ(b.m_exp_add_adj[3], -1);
+    EXPECT_EQ(b.m_exp_del_adj[1], 12);
+    EXPECT_EQ(b.m_var_del_adj[1], -1);
+    Recorder r(b);
+    using P = std::pair<int, int>;
+    b.add_exp_node(0); // out-edges e0 (to 3), e1 (4), e5 (6): codes 8 + 3k of the variables
+    EXPECT_EQ(r.seen, (std::vector<P>{{2, -1}, {7, -1}, {17, 0}, {20, 1}, {26, 5}}));
+    r.seen.clear();
+    b.add_var_node(3); // in-edges e0 (from 0), e2 (from 1, outside): codes 8 + 3k of the conditions
+    EXPECT_EQ(r.seen, (std::vector<P>{{1, -1}, {16, -1}, {8, 0}, {11, 2}}));
+    EXPECT_EQ(r.in_place, std::vector<bool>{true});
+    EXPECT_EQ(b.m_cur_var_bin, 0);
+    r.seen.clear();
+    ExpVarBiclust saved(*h.g, *h.w);
+    b.remember(saved);
+    b.del_var_node(3);
+    b.del_exp_node(0);
+    b.revert(saved);
+    EXPECT_EQ(r.seen, (std::vector<P>{{5, -1},
+                                      {3, -1},
+                                      {16, -1},
+                                      {9, 0},
+                                      {12, 2},
+                                      {4, -1},
+                                      {7, -1},
+                                      {18, 0},
+                                      {21, 1},
+                                      {27, 5},
+                                      {6, -1}}));
+    EXPECT_TRUE(b == saved);
+    EXPECT_EQ(b.m_score, 2.0f);
+    r.seen.clear();
+    ExpVarBiclust other(*h.g, *h.w);
+    other.add_var_node(6);
+    other.add_exp_node(2);
+    b.set_to_bic(other); // reset first (raised before the reset), then conditions, then variables
+    EXPECT_EQ(r.score_at_reset, 2.0f);
+    EXPECT_EQ(r.seen,
+              (std::vector<P>{{0, -1}, {2, -1}, {13, -1}, {26, 4}, {1, -1}, {25, -1}, {14, 4}, {8, 5}}));
+    EXPECT_EQ(b.m_score, 0.5f);
+}
+
+TEST(DynBiclustDeath, FatalTexts) {
+    Hand h;
+    ExpVarBiclust b(*h.g, *h.w);
+    b.add_exp_node(1);
+    b.add_var_node(3);
+    EXPECT_DEATH(b.add_exp_node(1),
+                 R"(DynBiclust\([0-9]+\): Trying to multiply add the exp node 1 to the nbicluster)");
+    EXPECT_DEATH(b.del_exp_node(0),
+                 R"(DynBiclust\([0-9]+\): Trying to delete non existing bic exp node 0 from the bicluster)");
+    EXPECT_DEATH(b.add_var_node(3),
+                 R"(DynBiclust\([0-9]+\): Trying to multiply add the node 3 to the nbicluster)");
+    EXPECT_DEATH(b.del_var_node(5),
+                 R"(DynBiclust\([0-9]+\): Trying delete non existent node 5 from the bic)");
+    ds_bitvec exps(3);
+    exps.set_ind(0);
+    exps.set_ind(1);
+    WeightedVarSet off(4, 1.02f); // true score 1: off by 2%
+    EXPECT_DEATH(ExpVarBiclust(*h.g, *h.w, off, exps),
+                 R"(DynBiclust\([0-9]+\): Weight calc mismatch at bic init 1.02 != 1)");
+}
+
+// Long random sequences on a synthetic graph with both orientations (160 condition nodes, 1,200
+// variable nodes): after each change the running score agrees with a from-scratch sum, and every
+// node's heap entry (sub-heap weight included) with its margin, negated while outside, the
+// condition keys with their cost factors.
+TEST(DynBiclust, RandomChangesKeepScoreAndHeapExact) {
+    const unsigned seed = test_seed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::vector<int> pc, pg;
+    for (int i = 0; i < 10; ++i)
+        pc.push_back(3 * i);
+    for (int i = 0; i < 60; ++i)
+        pg.push_back(7 * i);
+    Synth s(80, 600, pc, pg, 2.5f, seed, true);
+    const ExpVarGraphBase& g = *s.graph;
+    PairTable pt(g, *s.wgt);
+    options& o =
+        bic_options("[R]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = 1\nLogit = 0\n"
+                    "AddExpCostFactor = 0.75\nDelExpCostFactor = 1.5\n");
+    Quiet q;
+    BicGreedyOpt opt(g, *s.wgt, o, "R", true);
+    DynBiclust& b = opt.m_bic;
+    const int B = s.wgt->m_bins.m_bin_num;
+    ASSERT_GT(B, 3);
+    ExpVarBiclust saved(b);
+    std::mt19937 rng(seed);
+    auto pick = [&rng](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi - 1)(rng); };
+    auto members = PairTable::members;
+    opt.m_heap.reset(-1);
+    b.reset();
+    int checked_verify = 0;
+    for (int step = 0; step < 3000; ++step) {
+        const int op = pick(0, 100);
+        const std::vector<int> in_e = members(b.m_exps), in_v = members(b.m_vars);
+        bool heap_synced = true;
+        if (op < 30 && in_v.size() < 70) {
+            int v;
+            do
+                v = pick(g.m_max_exp_node, g.m_node_count);
+            while (b.m_vars.get_ind(v));
+            b.add_var_node(v);
+        } else if (op < 45 && in_e.size() < 16) {
+            int e;
+            do
+                e = pick(0, g.m_max_exp_node);
+            while (b.m_exps.get_ind(e));
+            b.add_exp_node(e);
+        } else if (op < 70 && !in_v.empty()) {
+            b.del_var_node(in_v[pick(0, static_cast<int>(in_v.size()))]);
+        } else if (op < 85 && !in_e.empty()) {
+            b.del_exp_node(in_e[pick(0, static_cast<int>(in_e.size()))]);
+        } else if (op < 92) {
+            b.remember(saved);
+        } else if (op < 98) {
+            b.revert(saved); // the heap observers don't follow a revert
+            heap_synced = false;
+        } else if (op < 99) {
+            b.reset();
+        } else {
+            ExpVarBiclust rnd(g, *s.wgt);
+            for (int k = 0; k < 5; ++k)
+                rnd.m_exps.set_ind(pick(0, g.m_max_exp_node));
+            for (int k = 0; k < 30; ++k)
+                rnd.m_vars.set_ind(pick(g.m_max_exp_node, g.m_node_count));
+            b.set_to_bic(rnd);
+            ASSERT_TRUE(b == rnd);
+        }
+        double mag = 0;
+        const double exact = pt.score(b, &mag);
+        ASSERT_NEAR(b.m_score, exact, 1e-4 * (mag + 1)) << "step " << step << " op " << op;
+        if (std::fabs(exact) > 0.05 * mag && mag > 0) {
+            ASSERT_TRUE(b.verify()) << "step " << step;
+            ++checked_verify;
+        }
+        if (!heap_synced) {
+            const ExpVarBiclust copy(b);
+            b.set_to_bic(copy); // the way back in step with the observers
+        }
+        const std::vector<int> now_e = members(b.m_exps), now_v = members(b.m_vars);
+        for (int e = 0; e < g.m_max_exp_node; ++e) {
+            const double m = pt.exp_margin(now_v, e, &mag);
+            const bool in = b.m_exps.get_ind(e);
+            ASSERT_TRUE(opt.m_heap.is_used(2 * B, e)) << "step " << step << " exp node " << e;
+            const double key = in ? 1.5 * m : -0.75 * m;
+            ASSERT_NEAR(opt.m_heap.value(2 * B, e), key, 1e-4 * (mag + 1))
+                << "step " << step << " exp node " << e;
+        }
+        for (int v = g.m_max_exp_node; v < g.m_node_count; ++v) {
+            const double m = pt.var_margin(now_e, v, &mag);
+            const int bin = s.wgt->get_var_node_bin(v);
+            const bool in = b.m_vars.get_ind(v);
+            ASSERT_TRUE(opt.m_heap.is_used(in ? 2 * bin + 1 : 2 * bin, v))
+                << "step " << step << " node " << v;
+            ASSERT_FALSE(opt.m_heap.is_used(in ? 2 * bin : 2 * bin + 1, v))
+                << "step " << step << " node " << v;
+            ASSERT_NEAR(opt.m_heap.value(in ? 2 * bin + 1 : 2 * bin, v), in ? m : -m, 1e-4 * (mag + 1))
+                << "step " << step << " var node " << v;
+        }
+    }
+    EXPECT_GT(checked_verify, 1000);
+    ASSERT_TRUE(opt.m_heap.verify());
+}
+
+} // namespace
