@@ -61,12 +61,16 @@ namespace {
 
 // Scratch of one evaluating thread.
 struct Workspace {
-    std::vector<std::uint32_t> var_stamp, cls_stamp;
-    std::vector<int> count, touched, distinct;
+    struct Tally {
+        std::uint32_t stamp; // pass-and-set number of the last touch
+        int count;           // overlap since then
+    };
+    std::vector<std::uint32_t> var_stamp;
+    std::vector<Tally> tally;
+    std::vector<int> touched, distinct;
     std::uint32_t var_now = 0, cls_now = 0;
 
-    Workspace(int n_bits, int n_classes)
-        : var_stamp(n_bits, 0), cls_stamp(n_classes, 0), count(n_classes, 0) {}
+    Workspace(int n_bits, int n_classes) : var_stamp(n_bits, 0), tally(n_classes, Tally{0, 0}) {}
 };
 
 // Best log probability of one pass, given the images of every set member (`images`, laid out as
@@ -91,20 +95,22 @@ float evaluate_pass(const ClassIndex& ix, const HgTable& hg, const std::vector<f
         }
         ++w.cls_now;
         w.touched.clear();
+        const int* flat = ix.flat.data();
         for (int b : w.distinct) {
-            for (int c : ix.var_classes[b]) {
-                if (w.cls_stamp[c] != w.cls_now) {
-                    w.cls_stamp[c] = w.cls_now;
-                    w.count[c] = 1;
-                    w.touched.push_back(c);
+            for (int i = ix.offset[b], end = ix.offset[b + 1]; i < end; ++i) {
+                Workspace::Tally& t = w.tally[flat[i]];
+                if (t.stamp != w.cls_now) {
+                    t.stamp = w.cls_now;
+                    t.count = 1;
+                    w.touched.push_back(flat[i]);
                 } else {
-                    ++w.count[c];
+                    ++t.count;
                 }
             }
         }
         // Classes not touched have overlap 0, whose term is 0 and never improves on `best`.
         for (int c : w.touched) {
-            const int k = w.count[c];
+            const int k = w.tally[c].count;
             if (k < g_min_inter)
                 continue;
             // log_hg(g_univ_size, size, m, k), with ln C(g_univ_size, size) taken once per class.

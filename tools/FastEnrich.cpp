@@ -29,6 +29,12 @@ ClassIndex::ClassIndex(const VarClasses& classes, int n_vars, bool size_filtered
             var_classes[v].push_back(c);
         }
     }
+    offset.assign(var_classes.size() + 1, 0);
+    for (std::size_t v = 0; v < var_classes.size(); ++v)
+        offset[v + 1] = offset[v] + static_cast<int>(var_classes[v].size());
+    flat.reserve(offset.back());
+    for (const std::vector<int>& cls : var_classes)
+        flat.insert(flat.end(), cls.begin(), cls.end());
 }
 
 namespace {

@@ -48,6 +48,8 @@ struct ClassIndex {
     std::vector<std::vector<int>> var_classes;
     std::vector<std::vector<int>> members;
     std::vector<int> size;
+    // var_classes flattened: the classes of variable v are flat[offset[v] .. offset[v + 1]).
+    std::vector<int> offset, flat;
 };
 
 // annotate() for real sets, by walking the set members' classes and, in the redundancy filter,
