@@ -23,6 +23,13 @@ std::set<int>& WeightedVarSet::get_set() {
     return m_set;
 }
 
+void WeightedVarSet::add_var(int node) {
+    if (!m_made && m_node == -1)
+        m_node = node;
+    else
+        get_set().insert(node);
+}
+
 ExpVarBiclust::ExpVarBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt)
     : m_graph(graph), m_wgt(wgt), m_exps(graph.m_max_exp_node), m_vars(graph.m_node_count), m_score(0.0f),
       m_exp_bin_sum(wgt.get_var_nodes_bins().m_bin_num, 0.0f),

@@ -24,6 +24,8 @@ public:
 
     // The nodes; a single node joins the set the first time it is asked for.
     std::set<int>& get_set();
+    // Adds a node: the first one is held alone, later ones make the set.
+    void add_var(int node);
 
     int m_node;
     float m_weight;

@@ -1,0 +1,166 @@
+// Timed driver: the hash-seeded search with greedy growth on a synthetic 6,000 genes x 300 conditions
+// table (standard normal noise, four planted modules, two of them overlapping, one down-regulated;
+// both orientations on both sides). Prints the setup and search times, the table passes, the grows,
+// the number of biclusters, the best Jaccard match of each planted module, and the peak resident
+// memory.
+//
+//   hash_search_bench [genes] [conditions] [seed] [MaxHashSizeMB] [MaxNeigSize] [MaxGrowBics]
+#include "ArrayVarEC.h"
+#include "BicGreedyOpt.h"
+#include "ExpVarGraphACO.h"
+#include "HashBiclust.h"
+#include "Random.h"
+#include "StateDataSetReal.h"
+#include "ValSpaceProb.h"
+#include "VarUniverse.h"
+#include "WgtSchemeGroupIndeg.h"
+#include "ds/BitVecIter.h"
+#include "options.h"
+#include "plinear.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <random>
+#include <set>
+#include <sstream>
+
+namespace {
+
+double seconds_since(std::chrono::steady_clock::time_point t0) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+}
+
+// Progress lines go to the error stream; kept aside while a phase runs.
+struct Mute {
+    Mute() : old(std::cerr.rdbuf(sink.rdbuf())) {}
+    ~Mute() { std::cerr.rdbuf(old); }
+    std::ostringstream sink;
+    std::streambuf* old;
+};
+
+size_t count_of(const std::string& text, const std::string& what) {
+    size_t n = 0;
+    for (size_t p = text.find(what); p != std::string::npos; p = text.find(what, p + 1))
+        ++n;
+    return n;
+}
+
+struct Module {
+    int gene0, genes, cond0, conds;
+    float shift;
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const int genes = argc > 1 ? std::atoi(argv[1]) : 6000;
+    const int conds = argc > 2 ? std::atoi(argv[2]) : 300;
+    const unsigned seed = argc > 3 ? static_cast<unsigned>(std::atoi(argv[3])) : 20240611u;
+    const int mb = argc > 4 ? std::atoi(argv[4]) : 200;
+    const int neig = argc > 5 ? std::atoi(argv[5]) : 14;
+    const int grow = argc > 6 ? std::atoi(argv[6]) : 2;
+
+    sf_plinear<2> down, up;
+    sf_plinear<3> flat;
+    down.init({-2.0f, -0.5f}, {1.0f, 0.0f});
+    flat.init({-1.0f, 0.0f, 1.0f}, {0.0f, 1.0f, 0.0f});
+    up.init({0.5f, 2.0f}, {0.0f, 1.0f});
+    ValSpaceProb vs(*new options, "", true);
+    vs.init({&down, &flat, &up}, -4.0f, 1.0f, 4.0f, 0.01f, 0);
+
+    std::ostringstream t;
+    t << "[G]\nLogit = 0\nEdgePThresh = 0.2\nEdgeNonZeroP = 0.3\nAllowConditionOrientation = 1\n"
+         "AllowVarOrientation = 1\nExpCardinality = 2\nVarCardinality = 2\n"
+         "Factors = { f 1\n1.0\n}\nStateOfGroupPair = { i 12\n0 0 2\n0 1 0\n1 0 0\n1 1 2\n}\n"
+         "BuildEdgesFromFile = 0\n"
+         "[Bins]\nMaxGroupBins = 20\nMinGroupInterval = 2\n"
+         "[W]\nBinningScope = Bins\nMinimumPU = 0.001\nLogit = 0\nLimitNegPosRatio = 1\n"
+         "MinNegWeightRatio = 0.5\nUseSeriesFactor = 0\nUseExpWeight = 0\nMaxPatchPU = 0.9\n"
+         "[Greedy]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = 1\nLogit = 0\n"
+         "AddExpCostFactor = 1\nDelExpCostFactor = 1\n"
+         "[Hash]\nMaxNeigSize = "
+      << neig << "\nMinHashDegree = 3\nMaxHashDegree = " << conds
+      << "\nMaxHashSize = 3\nMinHashSize = 3\nMaxHashSizeMB = " << mb
+      << "\nFocusallExp = 1\nFocusallVar = 0\nDesiredIterNum = 4\nMaxGrowBics = " << grow
+      << "\nMinVarSetSize = 5\nShouldGreedy = 1\nNBestEach = " << grow
+      << "\nLogit = 0\nActiveExpGroup = { i 2\n0 1\n}\nActiveVarGroup = { i 2\n0 1\n}\n";
+    options& opts = *new options;
+    std::istringstream text(t.str());
+    opts.read(text, false);
+
+    const std::vector<Module> modules = {{0, genes / 30, 0, conds / 15, 2.5f},
+                                         {genes / 60, genes / 40, conds / 30, conds / 20, 2.5f},
+                                         {genes / 2, genes / 60, conds / 2, conds / 25, -2.5f},
+                                         {genes / 3, genes / 20, conds / 4, conds / 30, 2.5f}};
+
+    auto t0 = std::chrono::steady_clock::now();
+    VarUniverse universe(&vs);
+    StateDataSetReal data(universe);
+    ExpVarGraphACO* graph;
+    ArrayVarEC* ec;
+    WgtSchemeGroupIndeg* wgt;
+    {
+        Mute m;
+        universe.init_idspace(genes);
+        data.set_max_eid(conds, 0.0f);
+        std::mt19937 rng(seed);
+        std::normal_distribution<float> noise(0.0f, 1.0f);
+        for (int v = 0; v < genes; ++v)
+            for (int e = 0; e < conds; ++e)
+                data.m_data(v, e) = noise(rng);
+        for (const Module& md : modules)
+            for (int v = md.gene0; v < md.gene0 + md.genes; ++v)
+                for (int e = md.cond0; e < md.cond0 + md.conds; ++e)
+                    data.m_data(v, e) += md.shift;
+        graph = new ExpVarGraphACO(universe, data, opts, "G", true);
+        ec = new ArrayVarEC(data);
+        wgt = new WgtSchemeGroupIndeg(*graph, *ec, opts, "W", 0.3f, true);
+    }
+    const double t_setup = seconds_since(t0);
+    std::cout << "table " << genes << " x " << conds << " seed " << seed << " MaxHashSizeMB " << mb
+              << " MaxNeigSize " << neig << " MaxGrowBics " << grow << "\n"
+              << "nodes " << graph->nodes_num() << " (" << graph->m_max_exp_node << " conditions) edges "
+              << graph->edges_num() << "\nsetup  " << t_setup << " s" << std::endl;
+
+    Random::reset(static_cast<int>(seed));
+    t0 = std::chrono::steady_clock::now();
+    BicGreedyOpt* opt;
+    HashBiclust* hash;
+    std::string log;
+    {
+        Mute m;
+        opt = new BicGreedyOpt(*graph, *wgt, opts, "Greedy", true);
+        hash = new HashBiclust(*graph, *wgt, *opt, opts, "Hash");
+        hash->reduce_bic_set(0.5f);
+        log = m.sink.str();
+    }
+    const double t_search = seconds_since(t0);
+
+    std::cout << "search " << t_search << " s: " << count_of(log, "finish hashing iter at ") << " table passes, "
+              << hash->m_cand_count << " candidates, " << count_of(log, "finish growing") << " grows, "
+              << hash->m_bics.size() << " biclusters after reduction\n";
+    for (size_t k = 0; k < modules.size(); ++k) {
+        const Module& md = modules[k];
+        double best = 0.0;
+        for (const ExpVarBiclust& b : hash->m_bics) {
+            long inter_g = 0, inter_c = 0, ng = b.m_vars.on_bits(), nc = b.m_exps.on_bits();
+            for (ds_bitvec_iter v(b.m_vars); v; ++v)
+                inter_g += graph->node_var(v) >= md.gene0 && graph->node_var(v) < md.gene0 + md.genes;
+            for (ds_bitvec_iter e(b.m_exps); e; ++e)
+                inter_c += graph->node_exp(e) >= md.cond0 && graph->node_exp(e) < md.cond0 + md.conds;
+            const double inter = static_cast<double>(inter_g) * inter_c;
+            const double uni = static_cast<double>(ng) * nc + static_cast<double>(md.genes) * md.conds - inter;
+            best = std::max(best, uni > 0 ? inter / uni : 0.0);
+        }
+        std::cout << "module " << k << " (" << md.genes << " x " << md.conds << "): best Jaccard " << best
+                  << "\n";
+    }
+    rusage ru;
+    getrusage(RUSAGE_SELF, &ru);
+    std::cout << "peak resident memory " << ru.ru_maxrss / 1024.0 << " MB" << std::endl;
+    return 0;
+}

@@ -1,0 +1,85 @@
+// bicluster_search: the expression biclustering road from one option file. Reads the gene table and
+// the expression tables, builds the value space, the condition-variable graph and its weights, runs
+// the hash-seeded search with greedy growth, drops overlapping results, and writes bick, bicd and
+// bicm.
+//
+//   bicluster_search <option file>      (see examples/README.md for the scopes and keys)
+#include "ArrayVarEC.h"
+#include "BicGreedyOpt.h"
+#include "ExpVarGraphACO.h"
+#include "HashBiclust.h"
+#include "Random.h"
+#include "StateDataSetReal.h"
+#include "ValSpaceProb.h"
+#include "VarUniverse.h"
+#include "WgtSchemeGroupIndeg.h"
+#include "options.h"
+
+#include <fstream>
+#include <iostream>
+#include <string>
+
+namespace {
+bool open_in(std::ifstream& in, const std::string& name) {
+    in.open(name);
+    if (!in)
+        std::cerr << "Cannot open " << name << std::endl;
+    return static_cast<bool>(in);
+}
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::cerr << "usage: bicluster_search <option file>" << std::endl;
+        return 2;
+    }
+    options opts;
+    {
+        std::ifstream in;
+        if (!open_in(in, argv[1]))
+            return 1;
+        opts.read(in, false);
+    }
+    Random::reset(opts.get_int("Random", "Seed", true));
+
+    ValSpaceProb space(opts, "ValSpace", false);
+    VarUniverse universe(&space);
+    StateDataSetReal data(universe);
+    {
+        std::ifstream genes, key, cells;
+        if (!open_in(genes, opts.get_str("Tables", "GeneTab", true)) ||
+            !open_in(key, opts.get_str("Tables", "ExpKey", true)) ||
+            !open_in(cells, opts.get_str("Tables", "ExpData", true)))
+            return 1;
+        universe.read_short_tabs(genes);
+        data.read(key, cells, 0.0f);
+    }
+    std::cout << universe.size() << " genes, " << data.m_E << " conditions" << std::endl;
+
+    ExpVarGraphACO graph(universe, data, opts, "Graph", true);
+    ArrayVarEC classes(data);
+    WgtSchemeGroupIndeg wgt(graph, classes, opts, "Weights", opts.get_float("Weights", "ModelP", true), true);
+    std::cout << graph.nodes_num() << " nodes, " << graph.edges_num() << " edges" << std::endl;
+
+    BicGreedyOpt opt(graph, wgt, opts, "Greedy", true);
+    HashBiclust search(graph, wgt, opt, opts, "Hash");
+    search.reduce_bic_set(opts.get_float("Hash", "MaxOverlap", true));
+    std::cout << search.m_bics.size() << " biclusters" << std::endl;
+
+    std::ofstream bick(opts.get_str("Tables", "OutBick", true)), bicd(opts.get_str("Tables", "OutBicd", true)),
+        bicm(opts.get_str("Tables", "OutBicm", true));
+    if (!bick || !bicd || !bicm) {
+        std::cerr << "Cannot write the bicluster tables" << std::endl;
+        return 1;
+    }
+    int id = 0;
+    for (const ExpVarBiclust& b : search.m_bics) {
+        b.dump_to_tables(id, bick, bicd);
+        // No motif search on this road: every bicluster has the pattern "none".
+        bicm << id << "\tnone\t-1\t-1\n";
+        std::cout << "bicluster " << id << ": score " << b.m_score << ", " << b.m_exps.on_bits()
+                  << " conditions x " << b.m_vars.on_bits() << " genes" << std::endl;
+        ++id;
+    }
+    return 0;
+}

@@ -1,0 +1,45 @@
+// The hand-built graph of the assessment and gene set score tests: two orientations on both sides,
+// weights in quarters so that every sum is exact in float.
+#ifndef VESK_TESTS_BIC_ASSESSFIXTURE_H
+#define VESK_TESTS_BIC_ASSESSFIXTURE_H
+
+#include "BicSynth.h"
+
+#include <memory>
+
+// Conditions c0, c1, c2; genes 0-4.
+// Condition nodes: 0 (c0, group 0), 1 (c1, 0), 2 (c2, 0), 3 (c0, 1), 4 (c1, 1).
+// Variable nodes: 5-8 genes 0-3 in group 0, 9 and 10 genes 0 and 1 in group 1; gene 4 has no node.
+// Bins: nodes 5, 6 bin 0; 7, 8 bin 1; 9, 10 bin 2.
+// Non-edge weights [bin][condition node]:
+//   bin 0: -0.5 -0.25 -0.5 -0.25 -0.5
+//   bin 1: -0.25 -0.5 -0.5 -0.5 -0.25
+//   bin 2: -0.5 -0.5 -0.5 -0.25 -0.25
+// Edges (weight): 0-5 (2), 0-6 (1.5), 1-7 (1), 3-9 (2.5), 4-8 (1.25), 1-10 (1.75), 0-9 (2.5).
+// Node 2 (c2) has no edge and -0.5 to everything: its sums are the same in every sample.
+struct AssessHand {
+    AssessHand() : d(5, nullptr, "0 c0 x 0 1 0\n1 c1 x 0 1 0\n2 c2 x 0 1 0\n", "") {
+        g.reset(hand_graph(d, {0, 0, 0, 1, 1}, {0, 0, 0, 0, 1, 1},
+                           {{0, 5, 1.0f},
+                            {0, 6, 1.0f},
+                            {1, 7, 1.0f},
+                            {3, 9, 1.0f},
+                            {4, 8, 1.0f},
+                            {1, 10, 1.0f},
+                            {0, 9, 1.0f}},
+                           2));
+        w.reset(new HandWgt(*g, {0, 0, 0, 0, 0, 0, 0, 1, 1, 2, 2}, 3));
+        w->m_non_edge = {{-0.5f, -0.25f, -0.5f, -0.25f, -0.5f},
+                         {-0.25f, -0.5f, -0.5f, -0.5f, -0.25f},
+                         {-0.5f, -0.5f, -0.5f, -0.25f, -0.25f}};
+        w->m_edge = {{1, 1, 1, 1, 1}, {1, 1, 1, 1, 1}, {1, 1, 1, 1, 1}};
+        w->m_edge_w = {2.0f, 1.5f, 1.0f, 2.5f, 1.25f, 1.75f, 2.5f};
+        pairs.reset(new PairTable(*g, *w));
+    }
+    BicData d;
+    std::unique_ptr<ExpVarGraphACO> g;
+    std::unique_ptr<HandWgt> w;
+    std::unique_ptr<PairTable> pairs;
+};
+
+#endif

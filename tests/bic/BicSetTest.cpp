@@ -1,0 +1,140 @@
+// BicSet: tables written by dump_to_tables read back to the same biclusters and scores, id gaps,
+// any line order, unreadable files, replace_bic, and the fatal of an unknown condition.
+#include "BicSet.h"
+
+#include "BicSynth.h"
+
+#include <fstream>
+
+namespace {
+
+// Both orientations on both sides, so groups 0 and 1 exist for conditions and variables.
+struct SetFix {
+    SetFix() : s(12, 40, {0, 1, 2, 3}, {0, 1, 2, 3, 4, 5, 6, 7}, 3.0f, 5u, true) {}
+    ExpVarBiclust bic(const std::vector<std::pair<int, int>>& exps, const std::vector<std::pair<int, int>>& vars) {
+        ExpVarBiclust b(*s.graph, *s.wgt);
+        for (const auto& e : exps)
+            b.add_exp_node(s.exp_node(e.first, e.second));
+        for (const auto& v : vars)
+            b.add_var_node(s.var_node(v.first, v.second));
+        return b;
+    }
+    Synth s;
+};
+
+TEST(BicSet, WrittenTablesReadBackWithGapsAsEmptyActiveBiclusters) {
+    SetFix f;
+    const ExpVarBiclust b0 = f.bic({{0, 0}, {0, 1}, {0, 2}}, {{0, 0}, {0, 1}, {0, 2}, {0, 5}});
+    const ExpVarBiclust b3 = f.bic({{1, 4}, {0, 7}}, {{1, 9}, {0, 12}, {1, 30}});
+    std::ostringstream bick, bicd;
+    b0.dump_to_tables(0, bick, bicd);
+    b3.dump_to_tables(3, bick, bicd);
+    // The bicd rows as the table defines them, for b3: conditions in node order, then variables.
+    std::istringstream rows(bicd.str());
+    int id, kind, elem, group;
+    float margin;
+    int n = 0;
+    while (rows >> id >> kind >> elem >> group >> margin)
+        if (id == 3) {
+            ++n;
+            if (kind == 1)
+                EXPECT_EQ(f.s.var_node(group, elem) != -1 && b3.m_vars.get_ind(f.s.var_node(group, elem)), true);
+            else
+                EXPECT_EQ(b3.m_exps.get_ind(f.s.exp_node(group, elem)), true);
+        }
+    EXPECT_EQ(n, 5);
+
+    TempDir dir;
+    const std::string k = dir.write("out.bick", bick.str()), d = dir.write("out.bicd", bicd.str());
+    BicSet set(*f.s.graph, *f.s.wgt);
+    ASSERT_TRUE(set.read(k, d));
+    ASSERT_EQ(set.size(), 4);
+    EXPECT_TRUE(set.m_bics[0] == b0);
+    EXPECT_TRUE(set.m_bics[3] == b3);
+    EXPECT_NEAR(set.m_bics[0].m_score, b0.m_score, 1e-4f * std::fabs(b0.m_score) + 1e-5f);
+    EXPECT_NEAR(set.m_scores[0], b0.m_score, 1e-4f * std::fabs(b0.m_score) + 1e-5f);
+    EXPECT_NEAR(set.m_scores[3], b3.m_score, 1e-4f * std::fabs(b3.m_score) + 1e-5f);
+    EXPECT_NEAR(set.m_bics[3].m_score, b3.m_score, 1e-4f * std::fabs(b3.m_score) + 1e-5f);
+    for (int gap : {1, 2}) {
+        EXPECT_TRUE(set.m_active.get_ind(gap));
+        EXPECT_EQ(set.m_bics[gap].m_exps.on_bits() + set.m_bics[gap].m_vars.on_bits(), 0);
+        EXPECT_EQ(set.m_scores[gap], 0.0f);
+    }
+    EXPECT_EQ(set.m_patterns[3], "none");
+    EXPECT_EQ(set.m_pat_from[3], -1);
+
+    // Lines in reverse order, variables before conditions, trailing junk: the same biclusters.
+    std::vector<std::string> lines;
+    std::istringstream all(bicd.str());
+    for (std::string line; std::getline(all, line);)
+        lines.push_back(line);
+    std::string rev;
+    for (auto it = lines.rbegin(); it != lines.rend(); ++it)
+        rev += *it + "   \n";
+    std::istringstream k2(bick.str() + "junk 1\n7 2.5\n"), d2(rev + "x\n0 1 3 0 0.0\n");
+    BicSet again(*f.s.graph, *f.s.wgt);
+    again.read(k2, d2);
+    ASSERT_EQ(again.size(), 4);
+    EXPECT_TRUE(again.m_bics[3] == b3);
+    EXPECT_TRUE(again.m_bics[0] == b0);
+    EXPECT_NEAR(again.m_bics[3].m_score, b3.m_score, 1e-4f * std::fabs(b3.m_score) + 1e-5f);
+
+    std::istringstream none_k(""), none_d("");
+    BicSet empty(*f.s.graph, *f.s.wgt);
+    empty.read(none_k, none_d);
+    EXPECT_EQ(empty.size(), 0);
+}
+
+TEST(BicSet, UnopenableFilesAreReportedNotFatal) {
+    SetFix f;
+    TempDir dir;
+    const std::string k = dir.write("a.bick", "0 1.0\n");
+    BicSet set(*f.s.graph, *f.s.wgt);
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(set.read(dir.path() + "/none.bick", k));
+    EXPECT_FALSE(set.read(k, dir.path() + "/none.bicd"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Cannot open bick file " + dir.path() +
+                                                          "/none.bick\nCannot open bicd file " + dir.path() +
+                                                          "/none.bicd\n");
+}
+
+TEST(BicSet, ReplaceGrowsTheSetAndKeepsTheOthers) {
+    SetFix f;
+    std::istringstream k("0 2.0\n1 3.0\n"), d("0 0 1 0 0\n0 1 1 0 0\n");
+    BicSet set(*f.s.graph, *f.s.wgt);
+    set.read(k, d);
+    ds_bitvec vars(40);
+    vars.set_ind(2);
+    vars.set_ind(3);
+    Quiet q;
+    set.replace_bic(4, {0, 2}, {0, 1}, vars, 1, "ACGT", 5, 9);
+    EXPECT_EQ(q.done(), "will replace 4\n");
+    ASSERT_EQ(set.size(), 5);
+    EXPECT_TRUE(set.m_bics[4] == f.bic({{0, 0}, {1, 2}}, {{1, 2}, {1, 3}}));
+    EXPECT_TRUE(set.m_active.get_ind(4));
+    EXPECT_FALSE(set.m_active.get_ind(2));
+    EXPECT_FALSE(set.m_active.get_ind(3));
+    EXPECT_TRUE(set.m_active.get_ind(1));
+    EXPECT_EQ(set.m_patterns[4], "ACGT");
+    EXPECT_EQ(set.m_pat_from[4], 5);
+    EXPECT_EQ(set.m_pat_to[4], 9);
+    EXPECT_EQ(set.m_patterns[2], "none");
+    EXPECT_TRUE(set.m_bics[0] == f.bic({{0, 1}}, {{0, 1}}));
+
+    // Replacing in place resets the old members.
+    Quiet q2;
+    set.replace_bic(0, {3}, {0}, vars, 0, "none", -1, -1);
+    EXPECT_TRUE(set.m_bics[0] == f.bic({{0, 3}}, {{0, 2}, {0, 3}}));
+    EXPECT_EQ(set.size(), 5);
+}
+
+TEST(BicSetDeath, UnknownConditionNodeIsFatal) {
+    SetFix f;
+    BicSet set(*f.s.graph, *f.s.wgt);
+    std::istringstream k("0 1.0\n"), d("0 0 7 5 0.0\n");
+    EXPECT_DEATH(set.read(k, d), R"(BicSet\([0-9]+\): Cant match exp node 7 5)");
+    std::istringstream k2("0 1.0\n"), d2("0 0 -1 0 0.0\n");
+    EXPECT_DEATH(set.read(k2, d2), R"(BicSet\([0-9]+\): Cant match exp node -1 0)");
+}
+
+} // namespace

@@ -1,0 +1,151 @@
+// The hash-seeded search end to end: a table with planted, overlapping biclusters, noise and
+// missing values, searched with greedy growth; planted biclusters found again (recovery and
+// relevance, by Jaccard index of cells), and the results written and read back through BicSet.
+#include "BicSet.h"
+#include "HashBiclust.h"
+
+#include "BicSynth.h"
+#include "Random.h"
+
+#include <algorithm>
+#include <set>
+
+namespace {
+
+struct Planted {
+    std::vector<int> genes, conds;
+    float shift;
+};
+
+// Cells as (gene, condition) pairs, orientation dropped.
+std::set<std::pair<int, int>> cells_of(const Planted& p) {
+    std::set<std::pair<int, int>> out;
+    for (int g : p.genes)
+        for (int c : p.conds)
+            out.emplace(g, c);
+    return out;
+}
+std::set<std::pair<int, int>> cells_of(const ExpVarBiclust& b) {
+    std::set<std::pair<int, int>> out;
+    for (ds_bitvec_iter v(b.m_vars); v; ++v)
+        for (ds_bitvec_iter e(b.m_exps); e; ++e)
+            out.emplace(b.m_graph.node_var(v), b.m_graph.node_exp(e));
+    return out;
+}
+double jaccard(const std::set<std::pair<int, int>>& a, const std::set<std::pair<int, int>>& b) {
+    size_t inter = 0;
+    for (const auto& x : a)
+        inter += b.count(x);
+    const size_t uni = a.size() + b.size() - inter;
+    return uni ? static_cast<double>(inter) / static_cast<double>(uni) : 0.0;
+}
+std::vector<int> range(int from, int to) {
+    std::vector<int> r;
+    for (int i = from; i < to; ++i)
+        r.push_back(i);
+    return r;
+}
+
+// 300 genes x 40 conditions of standard normal noise, 2% of cells missing; three modules: 30 x 8 up,
+// 40 x 10 up overlapping the first in 10 genes and 3 conditions, 20 x 6 down.
+struct Planted3 {
+    Planted3() : universe(synth_space()), data(universe) {
+        planted = {{range(0, 30), range(0, 8), 3.0f}, {range(20, 60), range(5, 15), 3.0f},
+                   {range(100, 120), range(20, 26), -3.0f}};
+        Quiet q;
+        universe.init_idspace(300);
+        data.set_max_eid(40, 0.0f);
+        std::mt19937 rng(31337);
+        std::normal_distribution<float> noise(0.0f, 1.0f);
+        std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+        for (int v = 0; v < 300; ++v)
+            for (int e = 0; e < 40; ++e)
+                data.m_data(v, e) = noise(rng);
+        for (const Planted& p : planted)
+            for (int g : p.genes)
+                for (int c : p.conds)
+                    data.m_data(g, c) += p.shift;
+        for (int v = 0; v < 300; ++v)
+            for (int e = 0; e < 40; ++e)
+                if (unit(rng) < 0.02f)
+                    data.m_data(v, e) = -3.4028235e+38f;
+        graph.reset(new ExpVarGraphACO(universe, data, synth_options(), "G1", true));
+        ec.reset(new ArrayVarEC(data));
+        wgt.reset(new WgtSchemeGroupIndeg(*graph, *ec, synth_options(), "W", 0.8f, true));
+    }
+    std::vector<Planted> planted;
+    VarUniverse universe;
+    StateDataSetReal data;
+    std::unique_ptr<ExpVarGraphACO> graph;
+    std::unique_ptr<ArrayVarEC> ec;
+    std::unique_ptr<WgtSchemeGroupIndeg> wgt;
+};
+
+options& e2e_options() {
+    static options* o = nullptr;
+    if (!o)
+        o = &bic_options("[Hash]\nMaxNeigSize = 14\nMinHashDegree = 3\nMaxHashDegree = 40\nMaxHashSize = 3\n"
+                         "MinHashSize = 3\nMaxHashSizeMB = 20\nFocusallExp = 1\nFocusallVar = 1\n"
+                         "DesiredIterNum = 2\nMaxGrowBics = 2\nMinVarSetSize = 4\nShouldGreedy = 1\n"
+                         "NBestEach = 2\nLogit = 0\nActiveExpGroup = { i 2\n0 1\n}\n"
+                         "ActiveVarGroup = { i 2\n0 1\n}\n"
+                         "[Greedy]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = 1\n"
+                         "Logit = 0\nAddExpCostFactor = 1\nDelExpCostFactor = 1\n");
+    return *o;
+}
+
+TEST(HashSearchE2E, PlantedBiclustersAreFoundAndSurviveTheTables) {
+    Planted3 p;
+    Random::reset(2024);
+    Quiet q;
+    BicGreedyOpt opt(*p.graph, *p.wgt, e2e_options(), "Greedy", true);
+    HashBiclust h(*p.graph, *p.wgt, opt, e2e_options(), "Hash");
+    h.reduce_bic_set(0.5f);
+    q.done();
+    ASSERT_FALSE(h.m_bics.empty());
+
+    // Recovery: for each planted bicluster the best match among the found; relevance: for each
+    // found the best match among the planted.
+    double recovery = 0.0, relevance = 0.0;
+    std::vector<double> best_of_planted;
+    for (const Planted& pl : p.planted) {
+        double best = 0.0;
+        for (const ExpVarBiclust& b : h.m_bics)
+            best = std::max(best, jaccard(cells_of(pl), cells_of(b)));
+        best_of_planted.push_back(best);
+        recovery += best;
+    }
+    recovery /= static_cast<double>(p.planted.size());
+    for (const ExpVarBiclust& b : h.m_bics) {
+        double best = 0.0;
+        for (const Planted& pl : p.planted)
+            best = std::max(best, jaccard(cells_of(pl), cells_of(b)));
+        relevance += best;
+    }
+    relevance /= static_cast<double>(h.m_bics.size());
+    std::printf("[ hash search ] %zu biclusters, recovery %.3f (%.3f %.3f %.3f), relevance %.3f\n",
+                h.m_bics.size(), recovery, best_of_planted[0], best_of_planted[1], best_of_planted[2],
+                relevance);
+    for (double b : best_of_planted)
+        EXPECT_GE(b, 0.6);
+    EXPECT_GE(recovery, 0.75);
+
+    // Written and read back: the same biclusters and scores.
+    std::ostringstream bick, bicd;
+    int id = 0;
+    for (const ExpVarBiclust& b : h.m_bics)
+        b.dump_to_tables(id++, bick, bicd);
+    std::istringstream k(bick.str()), d(bicd.str());
+    BicSet set(*p.graph, *p.wgt);
+    set.read(k, d);
+    ASSERT_EQ(set.size(), static_cast<int>(h.m_bics.size()));
+    id = 0;
+    for (const ExpVarBiclust& b : h.m_bics) {
+        EXPECT_TRUE(set.m_bics[id] == b) << id;
+        EXPECT_NEAR(set.m_bics[id].m_score, b.m_score, 1e-4 * std::fabs(b.m_score) + 1e-4);
+        EXPECT_NEAR(set.m_scores[id], b.m_score, 1e-4 * std::fabs(b.m_score) + 1e-4);
+        ++id;
+    }
+}
+
+} // namespace
