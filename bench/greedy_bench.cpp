@@ -5,38 +5,17 @@
 // the moves made and refused, the wall time and the moves per second, and the final score and sizes.
 //
 //   greedy_bench [genes] [conditions] [seed] [growths] [seed conditions] [seed variables]
-#include "ArrayVarEC.h"
+#include "BenchSynth.h"
 #include "BicGreedyOpt.h"
-#include "ExpVarGraphACO.h"
-#include "StateDataSetReal.h"
-#include "ValSpaceProb.h"
-#include "VarUniverse.h"
-#include "WgtSchemeGroupIndeg.h"
 #include "ds/BitVecIter.h"
-#include "options.h"
-#include "plinear.h"
 
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <random>
-#include <sstream>
 
-namespace {
-
-double seconds_since(std::chrono::steady_clock::time_point t0) {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
-
-// The components' progress lines go to the error stream; muted while a phase runs.
-struct Mute {
-    Mute() : old(std::cerr.rdbuf(sink.rdbuf())) {}
-    ~Mute() { std::cerr.rdbuf(old); }
-    std::ostringstream sink;
-    std::streambuf* old;
-};
-
-} // namespace
+using bench::Mute;
+using bench::seconds_since;
 
 int main(int argc, char** argv) {
     const int genes = argc > 1 ? std::atoi(argv[1]) : 6000;
@@ -46,46 +25,16 @@ int main(int argc, char** argv) {
     const int seed_conds = argc > 5 ? std::atoi(argv[5]) : 3;
     const int seed_vars = argc > 6 ? std::atoi(argv[6]) : 10;
 
-    sf_plinear<2> down, up;
-    sf_plinear<3> flat;
-    down.init({-2.0f, -0.5f}, {1.0f, 0.0f});
-    flat.init({-1.0f, 0.0f, 1.0f}, {0.0f, 1.0f, 0.0f});
-    up.init({0.5f, 2.0f}, {0.0f, 1.0f});
-    ValSpaceProb vs(*new options, "", true);
-    vs.init({&down, &flat, &up}, -4.0f, 1.0f, 4.0f, 0.01f, 0);
-
-    options& opts = *new options;
-    std::istringstream text(
-        "[G]\nLogit = 0\nEdgePThresh = 0.2\nEdgeNonZeroP = 0.3\nAllowConditionOrientation = 1\n"
-        "AllowVarOrientation = 1\nExpCardinality = 2\nVarCardinality = 2\n"
-        "Factors = { f 1\n1.0\n}\nStateOfGroupPair = { i 12\n0 0 2\n0 1 0\n1 0 0\n1 1 2\n}\n"
-        "BuildEdgesFromFile = 0\n"
-        "[Bins]\nMaxGroupBins = 20\nMinGroupInterval = 2\n"
-        "[W]\nBinningScope = Bins\nMinimumPU = 0.001\nLogit = 0\nLimitNegPosRatio = 1\n"
-        "MinNegWeightRatio = 0.5\nUseSeriesFactor = 0\nUseExpWeight = 0\nMaxPatchPU = 0.9\n"
-        "[Greedy]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = 1\nLogit = 0\n"
-        "AddExpCostFactor = 1\nDelExpCostFactor = 1\n");
-    opts.read(text, false);
+    bench::SynthValSpace states;
+    options& opts = bench::read_options(std::string(bench::graph_weight_options()) + bench::greedy_options());
 
     auto t0 = std::chrono::steady_clock::now();
-    VarUniverse universe(&vs);
+    VarUniverse universe(&states.vs);
     StateDataSetReal data(universe);
-    ExpVarGraphACO* graph;
-    ArrayVarEC* ec;
-    WgtSchemeGroupIndeg* wgt;
-    {
-        Mute m;
-        universe.init_idspace(genes);
-        data.set_max_eid(conds, 0.0f);
-        std::mt19937 rng(seed);
-        std::normal_distribution<float> noise(0.0f, 1.0f);
-        for (int v = 0; v < genes; ++v)
-            for (int e = 0; e < conds; ++e)
-                data.m_data(v, e) = noise(rng) + (v < genes / 10 && e < conds / 10 ? 2.0f : 0.0f);
-        graph = new ExpVarGraphACO(universe, data, opts, "G", true);
-        ec = new ArrayVarEC(data);
-        wgt = new WgtSchemeGroupIndeg(*graph, *ec, opts, "W", 0.3f, true);
-    }
+    const bench::SynthGraph synth = bench::build_synth(
+        universe, data, opts, genes, conds, [&] { bench::fill_noise(data, genes, conds, seed, true); });
+    ExpVarGraphACO* const graph = synth.graph;
+    WgtSchemeGroupIndeg* const wgt = synth.wgt;
     const double t_setup = seconds_since(t0);
 
     t0 = std::chrono::steady_clock::now();

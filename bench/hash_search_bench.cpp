@@ -5,42 +5,23 @@
 // memory.
 //
 //   hash_search_bench [genes] [conditions] [seed] [MaxHashSizeMB] [MaxNeigSize] [MaxGrowBics]
-#include "ArrayVarEC.h"
+#include "BenchSynth.h"
 #include "BicGreedyOpt.h"
-#include "ExpVarGraphACO.h"
 #include "HashBiclust.h"
 #include "Random.h"
-#include "StateDataSetReal.h"
-#include "ValSpaceProb.h"
-#include "VarUniverse.h"
-#include "WgtSchemeGroupIndeg.h"
 #include "ds/BitVecIter.h"
-#include "options.h"
-#include "plinear.h"
-
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
-#include <random>
 #include <set>
 #include <sstream>
 
+using bench::Mute;
+using bench::seconds_since;
+
 namespace {
-
-double seconds_since(std::chrono::steady_clock::time_point t0) {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
-
-// Progress lines go to the error stream; kept aside while a phase runs.
-struct Mute {
-    Mute() : old(std::cerr.rdbuf(sink.rdbuf())) {}
-    ~Mute() { std::cerr.rdbuf(old); }
-    std::ostringstream sink;
-    std::streambuf* old;
-};
 
 size_t count_of(const std::string& text, const std::string& what) {
     size_t n = 0;
@@ -64,33 +45,16 @@ int main(int argc, char** argv) {
     const int neig = argc > 5 ? std::atoi(argv[5]) : 14;
     const int grow = argc > 6 ? std::atoi(argv[6]) : 2;
 
-    sf_plinear<2> down, up;
-    sf_plinear<3> flat;
-    down.init({-2.0f, -0.5f}, {1.0f, 0.0f});
-    flat.init({-1.0f, 0.0f, 1.0f}, {0.0f, 1.0f, 0.0f});
-    up.init({0.5f, 2.0f}, {0.0f, 1.0f});
-    ValSpaceProb vs(*new options, "", true);
-    vs.init({&down, &flat, &up}, -4.0f, 1.0f, 4.0f, 0.01f, 0);
+    bench::SynthValSpace states;
 
     std::ostringstream t;
-    t << "[G]\nLogit = 0\nEdgePThresh = 0.2\nEdgeNonZeroP = 0.3\nAllowConditionOrientation = 1\n"
-         "AllowVarOrientation = 1\nExpCardinality = 2\nVarCardinality = 2\n"
-         "Factors = { f 1\n1.0\n}\nStateOfGroupPair = { i 12\n0 0 2\n0 1 0\n1 0 0\n1 1 2\n}\n"
-         "BuildEdgesFromFile = 0\n"
-         "[Bins]\nMaxGroupBins = 20\nMinGroupInterval = 2\n"
-         "[W]\nBinningScope = Bins\nMinimumPU = 0.001\nLogit = 0\nLimitNegPosRatio = 1\n"
-         "MinNegWeightRatio = 0.5\nUseSeriesFactor = 0\nUseExpWeight = 0\nMaxPatchPU = 0.9\n"
-         "[Greedy]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = 1\nLogit = 0\n"
-         "AddExpCostFactor = 1\nDelExpCostFactor = 1\n"
-         "[Hash]\nMaxNeigSize = "
-      << neig << "\nMinHashDegree = 3\nMaxHashDegree = " << conds
+    t << bench::graph_weight_options() << bench::greedy_options() << "[Hash]\nMaxNeigSize = " << neig
+      << "\nMinHashDegree = 3\nMaxHashDegree = " << conds
       << "\nMaxHashSize = 3\nMinHashSize = 3\nMaxHashSizeMB = " << mb
       << "\nFocusallExp = 1\nFocusallVar = 0\nDesiredIterNum = 4\nMaxGrowBics = " << grow
       << "\nMinVarSetSize = 5\nShouldGreedy = 1\nNBestEach = " << grow
       << "\nLogit = 0\nActiveExpGroup = { i 2\n0 1\n}\nActiveVarGroup = { i 2\n0 1\n}\n";
-    options& opts = *new options;
-    std::istringstream text(t.str());
-    opts.read(text, false);
+    options& opts = bench::read_options(t.str());
 
     const std::vector<Module> modules = {{0, genes / 30, 0, conds / 15, 2.5f},
                                          {genes / 60, genes / 40, conds / 30, conds / 20, 2.5f},
@@ -98,28 +62,17 @@ int main(int argc, char** argv) {
                                          {genes / 3, genes / 20, conds / 4, conds / 30, 2.5f}};
 
     auto t0 = std::chrono::steady_clock::now();
-    VarUniverse universe(&vs);
+    VarUniverse universe(&states.vs);
     StateDataSetReal data(universe);
-    ExpVarGraphACO* graph;
-    ArrayVarEC* ec;
-    WgtSchemeGroupIndeg* wgt;
-    {
-        Mute m;
-        universe.init_idspace(genes);
-        data.set_max_eid(conds, 0.0f);
-        std::mt19937 rng(seed);
-        std::normal_distribution<float> noise(0.0f, 1.0f);
-        for (int v = 0; v < genes; ++v)
-            for (int e = 0; e < conds; ++e)
-                data.m_data(v, e) = noise(rng);
+    const bench::SynthGraph synth = bench::build_synth(universe, data, opts, genes, conds, [&] {
+        bench::fill_noise(data, genes, conds, seed, false);
         for (const Module& md : modules)
             for (int v = md.gene0; v < md.gene0 + md.genes; ++v)
                 for (int e = md.cond0; e < md.cond0 + md.conds; ++e)
                     data.m_data(v, e) += md.shift;
-        graph = new ExpVarGraphACO(universe, data, opts, "G", true);
-        ec = new ArrayVarEC(data);
-        wgt = new WgtSchemeGroupIndeg(*graph, *ec, opts, "W", 0.3f, true);
-    }
+    });
+    ExpVarGraphACO* const graph = synth.graph;
+    WgtSchemeGroupIndeg* const wgt = synth.wgt;
     const double t_setup = seconds_since(t0);
     std::cout << "table " << genes << " x " << conds << " seed " << seed << " MaxHashSizeMB " << mb
               << " MaxNeigSize " << neig << " MaxGrowBics " << grow << "\n"
@@ -159,8 +112,6 @@ int main(int argc, char** argv) {
         std::cout << "module " << k << " (" << md.genes << " x " << md.conds << "): best Jaccard " << best
                   << "\n";
     }
-    rusage ru;
-    getrusage(RUSAGE_SELF, &ru);
-    std::cout << "peak resident memory " << ru.ru_maxrss / 1024.0 << " MB" << std::endl;
+    std::cout << "peak resident memory " << bench::peak_rss_kb() / 1024.0 << " MB" << std::endl;
     return 0;
 }

@@ -2,27 +2,15 @@
 #include "ASAPCalc.h"
 
 #include "BicExpScoreAssess.h"
+#include "FloatRatio.h"
 #include "ds/BitVecIter.h"
 #include "options.h"
 
 #include <algorithm>
 #include <iostream>
-#include <limits>
 
-namespace {
-const float kMaxFloat = 3.4028235e+38f;
-
-// a / b with the IEEE answers spelled out for b == 0 (tables still all 0 give +inf, then the cap).
-float ratio(float a, float b) {
-    if (b != 0.0f)
-        return a / b;
-    if (a > 0.0f)
-        return std::numeric_limits<float>::infinity();
-    if (a < 0.0f)
-        return -std::numeric_limits<float>::infinity();
-    return std::numeric_limits<float>::quiet_NaN();
-}
-} // namespace
+using float_ratio::kMaxFloat;
+using float_ratio::ratio;
 
 ASAPCalc::ASAPCalc(const ExpVarGraphBase& graph, WgtSchemeBase& wgt, options& opts, const std::string& scope,
                    ds_bitvec* focus)
@@ -113,7 +101,7 @@ void ASAPCalc::score(std::ostream* os, int tag) {
             if (!(v > m_exp_max2(node, n) + 0.001f))
                 continue;
             const float avg = m_exp_avg(node, n);
-            float s = ratio(v - avg, m_exp_max(node, n) - avg);
+            float s = ratio(v - avg, m_exp_max(node, n) - avg); // tables still all 0: +inf, then the cap
             if (s > m_node_cap)
                 s = m_node_cap;
             if (s > m_node_score[e]) {

@@ -2,6 +2,7 @@
 #include "BicExpScoreAssess.h"
 
 #include "DynBiclust.h"
+#include "FloatRatio.h"
 #include "UniformUrn.h"
 #include "ds/BitVecIter.h"
 #include "ds/GraphBaseEdgeIter.h"
@@ -10,23 +11,12 @@
 #include <cmath>
 #include <fstream>
 #include <iostream>
-#include <limits>
 #include <memory>
 
+using float_ratio::kMaxFloat;
+using float_ratio::ratio;
+
 namespace {
-const float kMaxFloat = 3.4028235e+38f;
-
-// a / b with the IEEE answers spelled out for b == 0.
-float ratio(float a, float b) {
-    if (b != 0.0f)
-        return a / b;
-    if (a > 0.0f)
-        return std::numeric_limits<float>::infinity();
-    if (a < 0.0f)
-        return -std::numeric_limits<float>::infinity();
-    return std::numeric_limits<float>::quiet_NaN();
-}
-
 // The running pair of a maximum: a value above the maximum replaces it and pushes the old maximum
 // on as the candidate for the second place; otherwise the value itself is the candidate.
 void keep_max(float x, float& max1, float& max2) {
@@ -37,6 +27,15 @@ void keep_max(float x, float& max1, float& max2) {
     }
     if (cand > max2)
         max2 = cand;
+}
+
+// The groups whose contribution row is not empty, ascending.
+std::vector<int> filled_groups(const std::vector<std::vector<float>>& contrib) {
+    std::vector<int> groups;
+    for (int g = 0; g < static_cast<int>(contrib.size()); ++g)
+        if (!contrib[g].empty())
+            groups.push_back(g);
+    return groups;
 }
 } // namespace
 
@@ -148,10 +147,7 @@ void BicExpScoreAssess::calc_contribs(int exp, std::vector<std::vector<float>>& 
 void BicExpScoreAssess::assess_exp_score_dist(int exp) {
     std::vector<std::vector<float>> contrib;
     calc_contribs(exp, contrib);
-    std::vector<int> groups;
-    for (int g = 0; g < static_cast<int>(contrib.size()); ++g)
-        if (!contrib[g].empty())
-            groups.push_back(g);
+    const std::vector<int> groups = filled_groups(contrib);
     // A condition with no node, or nothing to sample, keeps the rows of an unscalable distribution.
     if (groups.empty() || m_num_samp <= 0 || m_max_vars < 2)
         return;
@@ -244,10 +240,7 @@ float BicExpScoreAssess::score_exp(int exp, float weight, int count) const {
 float BicExpScoreAssess::test(int exp) {
     std::vector<std::vector<float>> contrib;
     calc_contribs(exp, contrib);
-    std::vector<int> groups;
-    for (int g = 0; g < static_cast<int>(contrib.size()); ++g)
-        if (!contrib[g].empty())
-            groups.push_back(g);
+    const std::vector<int> groups = filled_groups(contrib);
     float samp_max = -kMaxFloat;
     int samp_grp = -1;
     if (groups.empty())

@@ -26,33 +26,9 @@ BicGreedyOpt::BicGreedyOpt(const ExpVarGraphBase& graph, WgtSchemeBase& wgt, con
 
 BicGreedyOpt::BicGreedyOpt(const ExpVarGraphBase& graph, WgtSchemeBase& wgt, const ExpClasses& classes,
                            int cls, options& opts, const std::string& scope, bool attach)
-    : m_graph(graph), m_wgt(wgt), m_bic(graph, wgt), m_check_score(true),
-      m_edge_iter(graph.new_edge_iter(0, GraphBaseEdgeIter::Out)), m_verify_gain(true), m_moves(0),
-      m_drops(0) {
-    read_flags(opts, scope);
-    if (!attach)
-        return;
-    const int nodes = graph.m_node_count;
-    const int B = bins_num();
-    m_exp_obs.resize(nodes);
-    m_var_obs.resize(nodes);
-    m_bin_obs.resize(B);
-    const float add_factor = opts.get_float(scope, "AddExpCostFactor", true);
-    const float del_factor = opts.get_float(scope, "DelExpCostFactor", true);
-    for (int e = 0; e < graph.m_max_exp_node; ++e) {
-        const int c = classes.class_of(graph.node_exp(e));
-        if (graph.node_use(e) && (c == cls || c == -1))
-            m_exp_obs[e].attach(m_bic, m_heap, e, 2 * B, add_factor, del_factor);
-    }
-    for (int v = graph.m_max_exp_node; v < nodes; ++v) {
-        if (!graph.node_use(v))
-            continue;
-        const int b = wgt.get_var_node_bin(v);
-        m_var_obs[v].attach(m_bic, m_heap, v, 2 * b, 2 * b + 1, wgt.get_var_node_weight(v));
-    }
-    for (int b = 0; b < B; ++b)
-        m_bin_obs[b].attach(m_bic, m_heap, b, 2 * b, 2 * b + 1);
-    m_edge_iter.reset(graph.new_edge_iter(0, GraphBaseEdgeIter::Out));
+    : BicGreedyOpt(graph, wgt, static_cast<const ds_bitvec*>(nullptr), opts, scope, false) {
+    if (attach)
+        init_observ(opts, scope, nullptr, &classes, cls);
 }
 
 BicGreedyOpt::~BicGreedyOpt() {}
@@ -65,26 +41,39 @@ void BicGreedyOpt::read_flags(options& opts, const std::string& scope) {
     m_debug = opts.get_int(scope, "Logit", true) != 0;
 }
 
-void BicGreedyOpt::init_observ(options& opts, const std::string& scope, const ds_bitvec* vars) {
-    const int nodes = m_graph.m_node_count;
-    const int B = bins_num();
-    m_exp_obs.resize(nodes);
-    m_var_obs.resize(nodes);
-    m_bin_obs.resize(B);
+void BicGreedyOpt::init_observ(options& opts, const std::string& scope, const ds_bitvec* vars,
+                               const ExpClasses* classes, int cls) {
     const float add_factor = opts.get_float(scope, "AddExpCostFactor", true);
     const float del_factor = opts.get_float(scope, "DelExpCostFactor", true);
-    for (int e = 0; e < m_graph.m_max_exp_node; ++e)
-        if (m_graph.node_use(e))
-            m_exp_obs[e].attach(m_bic, m_heap, e, 2 * B, add_factor, del_factor);
+    attach_exp_obs(2 * bins_num(), add_factor, del_factor, classes, cls);
+    attach_var_bin_obs(vars, classes != nullptr);
+    m_edge_iter.reset(m_graph.new_edge_iter(0, GraphBaseEdgeIter::Out));
+}
+
+void BicGreedyOpt::attach_exp_obs(int heap_idx, float add_factor, float del_factor, const ExpClasses* classes,
+                                  int cls) {
+    m_exp_obs.resize(m_graph.m_node_count);
+    for (int e = 0; e < m_graph.m_max_exp_node; ++e) {
+        const int c = classes ? classes->class_of(m_graph.node_exp(e)) : -1;
+        if (m_graph.node_use(e) && (c == cls || c == -1))
+            m_exp_obs[e].attach(m_bic, m_heap, e, heap_idx, add_factor, del_factor);
+    }
+}
+
+void BicGreedyOpt::attach_var_bin_obs(const ds_bitvec* vars, bool own_weight) {
+    const int nodes = m_graph.m_node_count;
+    const int B = bins_num();
+    m_var_obs.resize(nodes);
+    m_bin_obs.resize(B);
     for (int v = m_graph.m_max_exp_node; v < nodes; ++v) {
         if (!m_graph.node_use(v) || (vars && !vars->get_ind(m_graph.node_var(v))))
             continue;
         const int b = m_wgt.get_var_node_bin(v);
-        m_var_obs[v].attach(m_bic, m_heap, v, 2 * b, 2 * b + 1, 0.0f);
+        m_var_obs[v].attach(m_bic, m_heap, v, 2 * b, 2 * b + 1,
+                            own_weight ? m_wgt.get_var_node_weight(v) : 0.0f);
     }
     for (int b = 0; b < B; ++b)
         m_bin_obs[b].attach(m_bic, m_heap, b, 2 * b, 2 * b + 1);
-    m_edge_iter.reset(m_graph.new_edge_iter(0, GraphBaseEdgeIter::Out));
 }
 
 float BicGreedyOpt::get_cur_score() const { return m_bic.m_score; }
@@ -97,22 +86,41 @@ void BicGreedyOpt::score(ExpVarBiclust& bic, std::vector<float>& out) {
         out[e] = m_exp_obs[e].m_gain;
 }
 
-bool BicGreedyOpt::var_will_turn_foc_exp_bad(int node, bool in) {
-    ds_bitvec focus(m_init_exps);
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::In); !m_edge_iter->at_end(); ++*m_edge_iter) {
-        const int c = m_edge_iter->other();
-        if (!focus.get_ind(c))
+namespace {
+
+// Walks the edges `it` was restarted on. With the node out (`in` false) it would join: a seed node
+// at the other end, still in `focus`, turns bad if its margin plus the edge's weight falls below 0,
+// and leaves `focus` otherwise, so that `focus` ends with the seed nodes the node has no edge to.
+// With the node in it would leave: the margin minus the weight is what counts. `margin` gives the
+// margin of a seed node by node id; the edges are taken in the iterator's order, and the first
+// seed node that turns bad ends the walk.
+template <class Margin>
+bool edge_turns_focus_bad(GraphBaseEdgeIter& it, const WgtSchemeBase& wgt, ds_bitvec& focus, bool in,
+                          Margin margin) {
+    for (; !it.at_end(); ++it) {
+        const int o = it.other();
+        if (!focus.get_ind(o))
             continue;
-        const float m = m_exp_obs[c].m_gain;
-        const float w = m_wgt.get_edge_weight(m_edge_iter->edge());
+        const float m = margin(o);
+        const float w = wgt.get_edge_weight(it.edge());
         if (!in) {
             if (m + w < 0.0f)
                 return true;
-            focus.clr_ind(c);
+            focus.clr_ind(o);
         } else if (m - w < 0.0f) {
             return true;
         }
     }
+    return false;
+}
+
+} // namespace
+
+bool BicGreedyOpt::var_will_turn_foc_exp_bad(int node, bool in) {
+    ds_bitvec focus(m_init_exps);
+    m_edge_iter->restart(node, GraphBaseEdgeIter::In);
+    if (edge_turns_focus_bad(*m_edge_iter, m_wgt, focus, in, [this](int c) { return m_exp_obs[c].m_gain; }))
+        return true;
     if (!in) {
         const int bin = m_wgt.get_var_node_bin(node);
         for (ds_bitvec_iter c(focus); c; ++c)
@@ -127,21 +135,13 @@ bool BicGreedyOpt::var_will_turn_foc_exp_bad(int node, bool in) {
 
 bool BicGreedyOpt::exp_will_turn_foc_var_bad(int node, bool in) {
     ds_bitvec focus(m_init_vars);
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::Out); !m_edge_iter->at_end(); ++*m_edge_iter) {
-        const int v = m_edge_iter->other();
-        if (!focus.get_ind(v))
-            continue;
+    m_edge_iter->restart(node, GraphBaseEdgeIter::Out);
+    const auto margin = [this](int v) {
         const int b = m_wgt.get_var_node_bin(v);
-        const float m = static_cast<float>(m_heap.value(2 * b + 1, v));
-        const float w = m_wgt.get_edge_weight(m_edge_iter->edge());
-        if (!in) {
-            if (m + w < 0.0f)
-                return true;
-            focus.clr_ind(v);
-        } else if (m - w < 0.0f) {
-            return true;
-        }
-    }
+        return static_cast<float>(m_heap.value(2 * b + 1, v));
+    };
+    if (edge_turns_focus_bad(*m_edge_iter, m_wgt, focus, in, margin))
+        return true;
     if (!in) {
         for (ds_bitvec_iter v(focus); v; ++v) {
             const int b = m_wgt.get_var_node_bin(v);
@@ -300,12 +300,7 @@ BicSeperGreedy::BicSeperGreedy(const ExpVarGraphBase& graph, WgtSchemeBase& wgt,
     const float add_factor = opts.get_float(scope, "AddExpCostFactor", true);
     const float del_factor = opts.get_float(scope, "DelExpCostFactor", true);
     const int nodes = graph.m_node_count;
-    m_exp_obs.resize(nodes);
-    for (int e = 0; e < graph.m_max_exp_node; ++e) {
-        const int c = classes.class_of(graph.node_exp(e));
-        if (graph.node_use(e) && (c == cls || c == -1))
-            m_exp_obs[e].attach(m_bic, m_heap, e, 0, add_factor, del_factor);
-    }
+    attach_exp_obs(0, add_factor, del_factor, &classes, cls);
     m_sepe_obs.resize(nodes);
     for (int v = graph.m_max_exp_node; v < nodes; ++v)
         if (graph.node_use(v) && graph.node_edges_num(v) > 0)
@@ -332,16 +327,7 @@ BicVarSeperGreedy::BicVarSeperGreedy(const ExpVarGraphBase& graph, WgtSchemeBase
     const float del_factor = opts.get_float(scope, "DelExpCostFactor", true);
     const int nodes = graph.m_node_count;
     const int B = bins_num();
-    m_var_obs.resize(nodes);
-    m_bin_obs.resize(B);
-    for (int v = graph.m_max_exp_node; v < nodes; ++v) {
-        if (!graph.node_use(v) || !vars.get_ind(graph.node_var(v)))
-            continue;
-        const int b = wgt.get_var_node_bin(v);
-        m_var_obs[v].attach(m_bic, m_heap, v, 2 * b, 2 * b + 1, 0.0f);
-    }
-    for (int b = 0; b < B; ++b)
-        m_bin_obs[b].attach(m_bic, m_heap, b, 2 * b, 2 * b + 1);
+    attach_var_bin_obs(&vars, false);
     m_sepe_obs.resize(nodes);
     for (int e = 0; e < graph.m_max_exp_node; ++e)
         if (graph.node_use(e))

@@ -69,7 +69,16 @@ public:
 protected:
     void read_flags(options& opts, const std::string& scope);
     // Attaches the condition, variable and bin observers (variables filtered by `vars` if given).
-    void init_observ(options& opts, const std::string& scope, const ds_bitvec* vars);
+    // With `classes`, only condition nodes of class `cls` or -1 get an observer, and each variable
+    // starts with its own weight as gain.
+    void init_observ(options& opts, const std::string& scope, const ds_bitvec* vars,
+                     const ExpClasses* classes = nullptr, int cls = -1);
+    // Attaches a condition observer, on sub-heap `heap_idx`, to each used condition node (only those
+    // of class `cls` or -1 if `classes` is given).
+    void attach_exp_obs(int heap_idx, float add_factor, float del_factor, const ExpClasses* classes, int cls);
+    // Attaches the variable observers (variables filtered by `vars` if given; each starting with its
+    // own weight as gain if `own_weight`, else 0) and the bin observers.
+    void attach_var_bin_obs(const ds_bitvec* vars, bool own_weight);
     // Would the move of variable `node` make the margin of a seed condition negative?
     bool var_will_turn_foc_exp_bad(int node, bool in);
     // Would the move of condition `node` make the margin of a seed variable negative?

@@ -1,14 +1,14 @@
 // AllVarSeperTrack, AllCondSeperTrack and the separation observers of conditions and variables.
 #include "BicSeperObs.h"
 
+#include "FloatRatio.h"
 #include "error.h"
 
 #include <algorithm>
 #include <iostream>
 
 static constexpr char kSrc[] = "BicSeperObs";
-
-static const float kMaxFloat = 3.4028235e+38f;
+using float_ratio::kMaxFloat;
 
 bool VarTracker::operator<(const VarTracker& o) const {
     return m_track->score(m_node) < o.m_track->score(o.m_node);
@@ -212,6 +212,95 @@ void AllCondSeperTrack::on_del_exp(int) {
     update_seper();
 }
 
+// ---- The scans shared by the two separation observers
+
+namespace {
+
+// The separation (best_min - best_max) minus the track's one, `seper`.
+float delta_of(float seper, int node, float best_min, float best_max, bool debug) {
+    const float delta = (best_min - best_max) - seper;
+    if (debug)
+        std::cerr << "SepObs " << node << " cur_seper " << seper << " delta " << delta << std::endl;
+    return delta;
+}
+
+// The separation the track `t` would have with the observer's node `node` moved in, minus the one it
+// has. A member's score gains what the node gives it: non_edge(member) when no edge joins them,
+// else the weight of edge_to(member) (looked up from the variable to the condition, against the
+// direction of the edges, so the non-edge value is the one taken); a non-member's gains
+// contrib(member node). The bounds end the scans of the sorted lists early.
+template <class Track, class NonEdge, class EdgeTo, class Contrib>
+float delta_moved_in(const Track& t, const WgtSchemeBase& wgt, int node, float min_contrib, float max_contrib,
+                     bool debug, NonEdge non_edge, EdgeTo edge_to, Contrib contrib) {
+    if (debug)
+        std::cerr << "SepObs oobic recalc" << std::endl;
+    float best_min = kMaxFloat;
+    for (const auto& member : t.m_in) {
+        const float s = t.score(member.m_node);
+        if (best_min < min_contrib + s)
+            break;
+        const float c = non_edge(member);
+        if (c + s < best_min) {
+            const int edge = edge_to(member);
+            if (edge == -1) {
+                best_min = c + s;
+            } else {
+                const float w = wgt.get_edge_weight(edge) + s;
+                if (w < best_min)
+                    best_min = w;
+            }
+            if (debug)
+                std::cerr << "new min " << best_min << " contrib " << c << std::endl;
+        }
+    }
+    float best_max = -kMaxFloat;
+    for (auto it = t.m_out.rbegin(); it != t.m_out.rend(); ++it) {
+        const float s = t.score(it->m_node);
+        if (max_contrib + s < best_max)
+            break;
+        const float val = contrib(it->m_node) + s;
+        if (val > best_max) {
+            best_max = val;
+            if (debug)
+                std::cerr << "SepObs new max node " << it->m_node << " " << best_max << std::endl;
+        }
+    }
+    return delta_of(t.m_seper, node, best_min, best_max, debug);
+}
+
+// The same with the node moved out: every score loses contrib(node of the list).
+template <class Track, class Contrib>
+float delta_moved_out(const Track& t, int node, float min_contrib, float max_contrib, bool debug,
+                      Contrib contrib) {
+    float best_min = kMaxFloat;
+    for (const auto& member : t.m_in) {
+        const float s = t.score(member.m_node);
+        if (best_min < s - max_contrib)
+            break;
+        const float val = s - contrib(member.m_node);
+        if (val < best_min) {
+            best_min = val;
+            if (debug)
+                std::cerr << "new min " << best_min << std::endl;
+        }
+    }
+    float best_max = -kMaxFloat;
+    for (auto it = t.m_out.rbegin(); it != t.m_out.rend(); ++it) {
+        const float s = t.score(it->m_node);
+        if (s - min_contrib <= best_max)
+            break;
+        const float val = s - contrib(it->m_node);
+        if (val > best_max) {
+            best_max = val;
+            if (debug)
+                std::cerr << "SepObs 2 new max node " << it->m_node << " " << best_max << std::endl;
+        }
+    }
+    return delta_of(t.m_seper, node, best_min, best_max, debug);
+}
+
+} // namespace
+
 // ---- BicChangeExpSepeObs
 
 void BicChangeExpSepeObs::attach(DynBiclust& bic, BicHeap& heap, AllVarSeperTrack* track, int node,
@@ -262,79 +351,19 @@ float BicChangeExpSepeObs::contrib(int var_node) const {
 }
 
 void BicChangeExpSepeObs::recalc_outside() {
-    if (m_debug)
-        std::cerr << "SepObs oobic recalc" << std::endl;
-    const AllVarSeperTrack& t = *m_track;
-    float best_min = kMaxFloat;
-    for (const VarTracker& vt : t.m_in) {
-        const float s = t.score(vt.m_node);
-        if (best_min < m_min_contrib + s)
-            break;
-        const float c = m_wgt->get_non_edge_exp_weight(m_node, vt.m_bin);
-        if (c + s < best_min) {
-            // Looked up from the variable to the condition, against the direction of the edges, so
-            // the non-edge value is the one taken.
-            const int edge = m_bic->m_graph.get_edge(vt.m_node, m_node);
-            if (edge == -1) {
-                best_min = c + s;
-            } else {
-                const float w = m_wgt->get_edge_weight(edge) + s;
-                if (w < best_min)
-                    best_min = w;
-            }
-            if (m_debug)
-                std::cerr << "new min " << best_min << " contrib " << c << std::endl;
-        }
-    }
-    float best_max = -kMaxFloat;
-    for (auto it = t.m_out.rbegin(); it != t.m_out.rend(); ++it) {
-        const float s = t.score(it->m_node);
-        if (m_max_contrib + s < best_max)
-            break;
-        const float val = contrib(it->m_node) + s;
-        if (val > best_max) {
-            best_max = val;
-            if (m_debug)
-                std::cerr << "SepObs new max node " << it->m_node << " " << best_max << std::endl;
-        }
-    }
-    const float old = t.m_seper;
-    m_delta = (best_min - best_max) - old;
-    if (m_debug)
-        std::cerr << "SepObs " << m_node << " cur_seper " << old << " delta " << m_delta << std::endl;
+    const auto non_edge = [this](const VarTracker& vt) {
+        return m_wgt->get_non_edge_exp_weight(m_node, vt.m_bin);
+    };
+    const auto edge_to = [this](const VarTracker& vt) { return m_bic->m_graph.get_edge(vt.m_node, m_node); };
+    const auto own = [this](int var_node) { return contrib(var_node); };
+    m_delta = delta_moved_in(*m_track, *m_wgt, m_node, m_min_contrib, m_max_contrib, m_debug, non_edge,
+                             edge_to, own);
     place(m_heap_idx, m_node, -m_add_factor * m_delta);
 }
 
 void BicChangeExpSepeObs::recalc_inside() {
-    const AllVarSeperTrack& t = *m_track;
-    float best_min = kMaxFloat;
-    for (const VarTracker& vt : t.m_in) {
-        const float s = t.score(vt.m_node);
-        if (best_min < s - m_max_contrib)
-            break;
-        const float val = s - contrib(vt.m_node);
-        if (val < best_min) {
-            best_min = val;
-            if (m_debug)
-                std::cerr << "new min " << best_min << std::endl;
-        }
-    }
-    float best_max = -kMaxFloat;
-    for (auto it = t.m_out.rbegin(); it != t.m_out.rend(); ++it) {
-        const float s = t.score(it->m_node);
-        if (s - m_min_contrib <= best_max)
-            break;
-        const float val = s - contrib(it->m_node);
-        if (val > best_max) {
-            best_max = val;
-            if (m_debug)
-                std::cerr << "SepObs 2 new max node " << it->m_node << " " << best_max << std::endl;
-        }
-    }
-    const float old = t.m_seper;
-    m_delta = (best_min - best_max) - old;
-    if (m_debug)
-        std::cerr << "SepObs " << m_node << " cur_seper " << old << " delta " << m_delta << std::endl;
+    m_delta = delta_moved_out(*m_track, m_node, m_min_contrib, m_max_contrib, m_debug,
+                              [this](int var_node) { return contrib(var_node); });
     place(m_heap_idx, m_node, -m_del_factor * m_delta);
 }
 
@@ -440,78 +469,19 @@ float BicChangeVarSepeObs::contrib(int exp_node) const {
 }
 
 void BicChangeVarSepeObs::recalc_outside() {
-    if (m_debug)
-        std::cerr << "SepObs oobic recalc" << std::endl;
-    const AllCondSeperTrack& t = *m_track;
-    float best_min = kMaxFloat;
-    for (const CondTracker& ct : t.m_in) {
-        const float s = t.score(ct.m_node);
-        if (best_min < m_min_contrib + s)
-            break;
-        const float c = m_wgt->get_non_edge_exp_weight(ct.m_node, m_bin);
-        if (c + s < best_min) {
-            // From the variable to the condition, as in BicChangeExpSepeObs: the non-edge value.
-            const int edge = m_bic->m_graph.get_edge(m_node, ct.m_node);
-            if (edge == -1) {
-                best_min = c + s;
-            } else {
-                const float w = m_wgt->get_edge_weight(edge) + s;
-                if (w < best_min)
-                    best_min = w;
-            }
-            if (m_debug)
-                std::cerr << "new min " << best_min << " contrib " << c << std::endl;
-        }
-    }
-    float best_max = -kMaxFloat;
-    for (auto it = t.m_out.rbegin(); it != t.m_out.rend(); ++it) {
-        const float s = t.score(it->m_node);
-        if (m_max_contrib + s < best_max)
-            break;
-        const float val = contrib(it->m_node) + s;
-        if (val > best_max) {
-            best_max = val;
-            if (m_debug)
-                std::cerr << "SepObs new max node " << it->m_node << " " << best_max << std::endl;
-        }
-    }
-    const float old = t.m_seper;
-    m_delta = (best_min - best_max) - old;
-    if (m_debug)
-        std::cerr << "SepObs " << m_node << " cur_seper " << old << " delta " << m_delta << std::endl;
+    const auto non_edge = [this](const CondTracker& ct) {
+        return m_wgt->get_non_edge_exp_weight(ct.m_node, m_bin);
+    };
+    const auto edge_to = [this](const CondTracker& ct) { return m_bic->m_graph.get_edge(m_node, ct.m_node); };
+    const auto own = [this](int exp_node) { return contrib(exp_node); };
+    m_delta = delta_moved_in(*m_track, *m_wgt, m_node, m_min_contrib, m_max_contrib, m_debug, non_edge,
+                             edge_to, own);
     place(m_add_heap, m_node, -m_delta);
 }
 
 void BicChangeVarSepeObs::recalc_inside() {
-    const AllCondSeperTrack& t = *m_track;
-    float best_min = kMaxFloat;
-    for (const CondTracker& ct : t.m_in) {
-        const float s = t.score(ct.m_node);
-        if (best_min < s - m_max_contrib)
-            break;
-        const float val = s - contrib(ct.m_node);
-        if (val < best_min) {
-            best_min = val;
-            if (m_debug)
-                std::cerr << "new min " << best_min << std::endl;
-        }
-    }
-    float best_max = -kMaxFloat;
-    for (auto it = t.m_out.rbegin(); it != t.m_out.rend(); ++it) {
-        const float s = t.score(it->m_node);
-        if (s - m_min_contrib <= best_max)
-            break;
-        const float val = s - contrib(it->m_node);
-        if (val > best_max) {
-            best_max = val;
-            if (m_debug)
-                std::cerr << "SepObs 2 new max node " << it->m_node << " " << best_max << std::endl;
-        }
-    }
-    const float old = t.m_seper;
-    m_delta = (best_min - best_max) - old;
-    if (m_debug)
-        std::cerr << "SepObs " << m_node << " cur_seper " << old << " delta " << m_delta << std::endl;
+    m_delta = delta_moved_out(*m_track, m_node, m_min_contrib, m_max_contrib, m_debug,
+                              [this](int exp_node) { return contrib(exp_node); });
     place(m_del_heap, m_node, -m_delta);
 }
 
