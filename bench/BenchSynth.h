@@ -67,6 +67,14 @@ inline const char* graph_weight_options() {
            "MinNegWeightRatio = 0.5\nUseSeriesFactor = 0\nUseExpWeight = 0\nMaxPatchPU = 0.9\n";
 }
 
+// The same with another edge threshold of the graph (EdgePThresh, written as given).
+inline std::string graph_weight_options(const std::string& edge_p_thresh) {
+    std::string text = graph_weight_options();
+    const std::string from = "EdgePThresh = 0.2\n";
+    text.replace(text.find(from), from.size(), "EdgePThresh = " + edge_p_thresh + "\n");
+    return text;
+}
+
 // The greedy growth (scope Greedy).
 inline const char* greedy_options() {
     return "[Greedy]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = 1\nLogit = 0\n"

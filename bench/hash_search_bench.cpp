@@ -5,6 +5,19 @@
 // memory.
 //
 //   hash_search_bench [genes] [conditions] [seed] [MaxHashSizeMB] [MaxNeigSize] [MaxGrowBics]
+//
+// Option choices. The edge threshold is 0.8 (an edge needs a value above about 1.7 standard
+// deviations): at 0.2 a noise gene has edges to a fifth of all condition nodes (about 130 at 300
+// conditions), a planted gene's module edges are a minority of its neighbourhood, and as the
+// weights favour conditions of low in-degree the module edges are the lighter ones, the first to go
+// when a neighbourhood is thinned. At 0.8 a noise gene keeps about 28 edges and a planted gene about
+// 47, so MaxNeigSize 48 keeps whole neighbourhoods. Keys are condition pairs (MinHashSize =
+// MaxHashSize = 2): with a whole neighbourhood every gene of a module reaches every pair of its
+// module, while triples of 48 conditions (17,296 a gene) would overflow any table of reasonable
+// size and the first full table would drop the size to pairs anyway. The pair table (at most
+// 179,700 keys) never fills, so one pass sees every gene. MinVarSetSize 60 asks a seed to be shared
+// by 1 % of the genes: noise pairs gather about 26 genes, planted pairs well over 100, so the
+// optimiser is run on seeds, not on noise.
 #include "BenchSynth.h"
 #include "BicGreedyOpt.h"
 #include "HashBiclust.h"
@@ -42,17 +55,17 @@ int main(int argc, char** argv) {
     const int conds = argc > 2 ? std::atoi(argv[2]) : 300;
     const unsigned seed = argc > 3 ? static_cast<unsigned>(std::atoi(argv[3])) : 20240611u;
     const int mb = argc > 4 ? std::atoi(argv[4]) : 200;
-    const int neig = argc > 5 ? std::atoi(argv[5]) : 14;
+    const int neig = argc > 5 ? std::atoi(argv[5]) : 48;
     const int grow = argc > 6 ? std::atoi(argv[6]) : 2;
 
     bench::SynthValSpace states;
 
     std::ostringstream t;
-    t << bench::graph_weight_options() << bench::greedy_options() << "[Hash]\nMaxNeigSize = " << neig
+    t << bench::graph_weight_options("0.8") << bench::greedy_options() << "[Hash]\nMaxNeigSize = " << neig
       << "\nMinHashDegree = 3\nMaxHashDegree = " << conds
-      << "\nMaxHashSize = 3\nMinHashSize = 3\nMaxHashSizeMB = " << mb
+      << "\nMaxHashSize = 2\nMinHashSize = 2\nMaxHashSizeMB = " << mb
       << "\nFocusallExp = 1\nFocusallVar = 0\nDesiredIterNum = 4\nMaxGrowBics = " << grow
-      << "\nMinVarSetSize = 5\nShouldGreedy = 1\nNBestEach = " << grow
+      << "\nMinVarSetSize = 60\nShouldGreedy = 1\nNBestEach = " << grow
       << "\nLogit = 0\nActiveExpGroup = { i 2\n0 1\n}\nActiveVarGroup = { i 2\n0 1\n}\n";
     options& opts = bench::read_options(t.str());
 
