@@ -5,6 +5,7 @@
 //
 //   bicluster_search <option file>      (see examples/README.md for the scopes and keys)
 #include "ArrayVarEC.h"
+#include "BicExpScoreAssess.h"
 #include "BicGreedyOpt.h"
 #include "ExpVarGraphACO.h"
 #include "HashBiclust.h"
@@ -81,5 +82,14 @@ int main(int argc, char** argv) {
                   << " conditions x " << b.m_vars.on_bits() << " genes" << std::endl;
         ++id;
     }
+    bick.close();
+    bicd.close();
+    bicm.close();
+
+    // Put condition scores on the scale of chance: sampled sums of random gene sets per condition
+    // and size, written to Assess::StatTable and Assess::GlobStatTable.
+    BicExpScoreAssess assess(graph, wgt, graph.m_var_bits, opts, "Assess");
+    std::cout << "assessment tables written to " << opts.get_str("Assess", "StatTable", true) << " and "
+              << opts.get_str("Assess", "GlobStatTable", true) << std::endl;
     return 0;
 }
