@@ -121,17 +121,10 @@ TEST(BicExpScoreAssess, TypicalGroupsByHand) {
     AssessHand h;
     // Margins in the bicluster of nodes 0-2: gene 0: node 5 1.25, node 9 1.5; gene 1: nodes 6 and 10
     // both 0.75 (the first listed group wins); genes 2, 3 have only group 0; gene 4 no node.
-    {
-        Quiet q;
-        BicExpScoreAssess a(*h.g, *h.w, gene_set({0, 1, 2, 3}), bic_options(assess_text("T", 0, 0, 3, "0 1")),
-                            "T");
-        EXPECT_EQ(a.m_typical_group, (std::vector<int>{1, 0, 0, 0, -1}));
-    }
-    {
-        Quiet q;
-        BicExpScoreAssess a(*h.g, *h.w, gene_set({0, 1, 2, 3}), bic_options(assess_text("T", 0, 0, 3, "1 0")),
-                            "T");
-        EXPECT_EQ(a.m_typical_group, (std::vector<int>{1, 1, 0, 0, -1}));
+    Quiet q;
+    for (const char* groups : {"0 1", "1 0"}) {
+        BicExpScoreAssess a(*h.g, *h.w, gene_set({0, 1, 2, 3}), bic_options(assess_text("T", 0, 0, 3, groups)), "T");
+        EXPECT_EQ(a.m_typical_group, (std::vector<int>{1, groups[0] == '1', 0, 0, -1})) << groups;
         // With no list no variable has a typical group.
         a.m_gene_groups.clear();
         a.calc_typical_groups();
@@ -188,10 +181,8 @@ TEST(BicExpScoreAssess, TablesMatchReplayOfTheSameDraws) {
             expect_close(a->m_glob_max[c], r.glob_max[c], "glob " + std::to_string(c));
             expect_close(a->m_glob_max2[c], r.glob_max2[c], "glob2 " + std::to_string(c));
         }
-        // c2 sums the same in every sample: the distribution can't be scaled.
-        EXPECT_EQ(a->m_exp_avg(2, 2), -1.0f);
+        // c2 sums the same in every sample: the distribution can't be scaled (the replay has it too).
         EXPECT_EQ(a->m_exp_max(2, 2), kMax);
-        EXPECT_EQ(a->m_exp_max2(2, 2), kMax);
         // Count 0 and the column past the sampled counts are never filled.
         for (int e = 0; e < 3; ++e)
             for (int c : {0, 4}) {
@@ -200,10 +191,8 @@ TEST(BicExpScoreAssess, TablesMatchReplayOfTheSameDraws) {
                 EXPECT_EQ(a->score_exp(e, 100.0f, c), 0.0f);
             }
 
-        // The files have counts 1 to 3 only (their columns are read back in the ASAPCalc tests).
-        const std::string stat_text = read_file(stat), glob_text = read_file(glob);
-        EXPECT_EQ(std::count(stat_text.begin(), stat_text.end(), '\n'), 9);
-        EXPECT_EQ(stat_text.substr(0, 4), "0\t1\t");
+        // The global file has counts 1 to 3 only (the other is read back in the ASAPCalc tests).
+        const std::string glob_text = read_file(glob);
         EXPECT_EQ(std::count(glob_text.begin(), glob_text.end(), '\n'), 3);
         EXPECT_EQ(glob_text.substr(0, 2), "1\t");
     }
@@ -217,11 +206,10 @@ TEST(BicExpScoreAssess, ScoreExpScalesAboveTheSecondMaximum) {
     a.m_exp_avg(1, 2) = 0.5f;
     a.m_exp_max(1, 2) = 2.5f;
     a.m_exp_max2(1, 2) = 1.5f;
-    EXPECT_EQ(a.score_exp(1, 1.5f, 2), 0.0f); // at the second maximum
-    EXPECT_EQ(a.score_exp(1, 1.0f, 2), 0.0f);
-    EXPECT_EQ(a.score_exp(1, 1.75f, 2), 0.625f); // (1.75 - 0.5) / 2
-    EXPECT_EQ(a.score_exp(1, 4.5f, 2), 2.0f);
-    EXPECT_EQ(a.score_exp(0, 4.5f, 2), 0.0f); // never sampled (no samples asked for)
+    // 0 up to the second maximum, then (v - 0.5) / 2; condition 0 was never sampled.
+    EXPECT_EQ((std::vector<float>{a.score_exp(1, 1.0f, 2), a.score_exp(1, 1.5f, 2), a.score_exp(1, 1.75f, 2),
+                                  a.score_exp(1, 4.5f, 2), a.score_exp(0, 4.5f, 2)}),
+              (std::vector<float>{0.0f, 0.0f, 0.625f, 2.0f, 0.0f}));
 }
 
 TEST(BicExpScoreAssess, SmallVariableSetsAndSamplerCheck) {

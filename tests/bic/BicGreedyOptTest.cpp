@@ -9,54 +9,27 @@
 
 namespace {
 
-std::string greedy_text(const std::string& scope, int del_init_exp, int add_exp, int del_exp,
-                        int del_init_var, int logit, float add_factor = 1.0f, float del_factor = 1.0f) {
-    std::ostringstream t;
-    t << "[" << scope << "]\nCanDelInitExp = " << del_init_exp << "\nCanAddExp = " << add_exp
-      << "\nCanDelExp = " << del_exp << "\nCanDelInitVar = " << del_init_var << "\nLogit = " << logit
-      << "\nAddExpCostFactor = " << add_factor << "\nDelExpCostFactor = " << del_factor << "\n";
+std::string greedy_text(const std::string& scope, const std::string& flags, float add = 1.0f, float del = 1.0f) {
+    std::ostringstream t; // flags: CanDelInitExp, CanAddExp, CanDelExp, CanDelInitVar, Logit
+    t << "[" << scope << "]\nCanDelInitExp = " << flags[0] << "\nCanAddExp = " << flags[1] << "\nCanDelExp = "
+      << flags[2] << "\nCanDelInitVar = " << flags[3] << "\nLogit = " << flags[4] << "\nAddExpCostFactor = " << add
+      << "\nDelExpCostFactor = " << del << "\n";
     return t.str();
 }
 
 options& greedy_options() {
-    static options* o = nullptr;
-    if (!o)
-        o = &bic_options(greedy_text("All", 1, 1, 1, 1, 1) + greedy_text("Frozen", 0, 1, 1, 1, 1) +
-                         greedy_text("VarsOnly", 0, 0, 0, 1, 0) + greedy_text("KeepVars", 1, 1, 1, 0, 0) +
-                         greedy_text("DelTwice", 0, 1, 1, 1, 0, 1.0f, 2.0f) +
-                         greedy_text("Negative", 1, 1, 1, 1, 0, -1.0f, 1.0f));
-    return *o;
+    static options& o = bic_options(greedy_text("All", "11111") + greedy_text("Frozen", "01111") +
+                                    greedy_text("VarsOnly", "00010") + greedy_text("KeepVars", "11100") +
+                                    greedy_text("DelTwice", "01110", 1.0f, 2.0f) +
+                                    greedy_text("Negative", "11110", -1.0f, 1.0f));
+    return o;
 }
 
-// A small graph with one bin and every non-edge weighing `non_edge`: condition nodes `exp_groups`
-// (conditions numbered per group), variable nodes `var_groups`, edges with the given weights.
-struct Small {
-    Small(const std::vector<int>& exp_groups, const std::vector<int>& var_groups,
-          const std::vector<std::tuple<int, int, float>>& edges, float non_edge = 0.0f)
-        : d(8, nullptr, "0 c0 x 0 1 0\n1 c1 x 0 1 0\n2 c2 x 0 1 0\n", "") {
-        std::vector<std::tuple<int, int, float>> unit;
-        for (const auto& e : edges)
-            unit.emplace_back(std::get<0>(e), std::get<1>(e), 1.0f);
-        g.reset(hand_graph(d, exp_groups, var_groups, unit, 3));
-        w.reset(new HandWgt(*g, std::vector<int>(g->m_node_count, 0), 1));
-        for (float& x : w->m_non_edge[0])
-            x = non_edge;
-        w->m_edge[0].assign(w->m_edge[0].size(), 4.0f);
-        for (size_t i = 0; i < edges.size(); ++i)
-            w->m_edge_w[i] = std::get<2>(edges[i]);
-    }
-    ExpVarBiclust bic(const std::vector<int>& exps, const std::vector<int>& vars) const {
-        ExpVarBiclust b(*g, *w);
-        for (int e : exps)
-            b.add_exp_node(e);
-        for (int v : vars)
-            b.add_var_node(v);
-        return b;
-    }
-    BicData d;
-    std::unique_ptr<ExpVarGraphACO> g;
-    std::unique_ptr<HandWgt> w;
-};
+// A small graph of three conditions and eight genes with one bin; non-edges weigh `non_edge`.
+OneBin small(const std::vector<int>& exp_groups, const std::vector<int>& var_groups,
+             const std::vector<std::tuple<int, int, float>>& edges, float non_edge = 0.0f) {
+    return OneBin(exp_groups, var_groups, edges, non_edge, 8, 3, 3);
+}
 
 // Condition 0 has nodes 0 (group 0) and 1 (group 1); variable 0 has nodes 2 (group 0) and 3
 // (group 1), variable 1 node 4. Edges 0-2 (1), 1-2 (2), 0-4 (1), 0-3 (3); non-edges weigh 0.
@@ -64,7 +37,7 @@ struct Small {
 // node 0 delete 1. Node 3 is refused (variable 0 stands in), node 1 too (condition 0 stands in),
 // node 4 is added; then the best delete gains -2 and the walk ends with {0} x {2, 4}, score 2.
 TEST(BicGreedyOpt, WalkByHandRefusesTheOtherOrientation) {
-    Small s({0, 1}, {0, 1, 0}, {{0, 2, 1.0f}, {1, 2, 2.0f}, {0, 4, 1.0f}, {0, 3, 3.0f}});
+    OneBin s = small({0, 1}, {0, 1, 0}, {{0, 2, 1.0f}, {1, 2, 2.0f}, {0, 4, 1.0f}, {0, 3, 3.0f}});
     Quiet q;
     BicGreedyOpt opt(*s.g, *s.w, greedy_options(), "All", true);
     ExpVarBiclust b = s.bic({0}, {2});
@@ -93,7 +66,7 @@ TEST(BicGreedyOpt, WalkByHandRefusesTheOtherOrientation) {
 // only its non-edge weight.
 TEST(BicGreedyOpt, StopsAtAGainOfOneHundredThousandth) {
     for (float gain : {0.00001f, 0.000011f}) {
-        Small s({0}, {0, 0}, {{0, 1, 1.0f}}, gain);
+        OneBin s = small({0}, {0, 0}, {{0, 1, 1.0f}}, gain);
         Quiet q;
         BicGreedyOpt opt(*s.g, *s.w, greedy_options(), "Frozen", true);
         ExpVarBiclust b = s.bic({0}, {1});
@@ -106,7 +79,7 @@ TEST(BicGreedyOpt, StopsAtAGainOfOneHundredThousandth) {
 // condition 1 gains 2 but turns node 3's margin to -0.5: with CanDelInitVar 0 the move is refused,
 // otherwise it is made and node 3 then leaves (gain 0.5).
 TEST(BicGreedyOpt, SeedVariablesGuardedWhenTheyCantBeDeleted) {
-    Small s({0, 0}, {0, 0}, {{0, 2, 2.0f}, {0, 3, 0.5f}, {1, 2, 3.0f}}, -1.0f);
+    OneBin s = small({0, 0}, {0, 0}, {{0, 2, 2.0f}, {0, 3, 0.5f}, {1, 2, 3.0f}}, -1.0f);
     Quiet q;
     BicGreedyOpt keep(*s.g, *s.w, greedy_options(), "KeepVars", true);
     ExpVarBiclust b = s.bic({0}, {2, 3});
@@ -129,7 +102,7 @@ TEST(BicGreedyOpt, SeedVariablesGuardedWhenTheyCantBeDeleted) {
 // group is 0 or the new group is smaller, else the new one.
 TEST(BicGreedyOpt, DoubleVariablesOfTheSeedAreRepaired) {
     // Variable nodes 1..7: var 0 in groups 0, 1, 2; var 1 in 1, 2; var 2 in 2, 1.
-    Small s({0}, {0, 1, 2, 1, 2, 2, 1}, {});
+    OneBin s = small({0}, {0, 1, 2, 1, 2, 2, 1}, {});
     Quiet q;
     BicGreedyOpt opt(*s.g, *s.w, greedy_options(), "All", true);
     ExpVarBiclust b = s.bic({0}, {1, 2, 3, 4, 5, 6, 7});
@@ -144,7 +117,7 @@ TEST(BicGreedyOpt, DoubleVariablesOfTheSeedAreRepaired) {
 // Class-bound optimiser: conditions of other classes have no observer, and every variable starts
 // with its own weight as gain.
 TEST(BicGreedyOpt, ClassBoundConditionsAndOwnWeights) {
-    Small s({0, 0, 0}, {0, 0}, {{0, 3, 1.0f}, {1, 3, 2.0f}, {2, 4, 1.0f}}, -0.5f);
+    OneBin s = small({0, 0, 0}, {0, 0}, {{0, 3, 1.0f}, {1, 3, 2.0f}, {2, 4, 1.0f}}, -0.5f);
     s.w->m_var_w[4] = 2.0f;
     std::istringstream key("0 a\n1 b\n"), assoc("0 0 0\n0 1 1\n");
     ExpClasses classes(key, assoc, 3); // condition 0 in class 0, 1 in class 1, 2 in none
@@ -172,28 +145,25 @@ struct Planted {
             pg.push_back(5 + 47 * i);
     }
     ExpVarBiclust seed(const Synth& s) const {
-        ExpVarBiclust b(*s.graph, *s.wgt);
-        for (int i = 0; i < 4; ++i)
-            b.add_exp_node(s.exp_node(0, pc[i]));
-        for (int i = 0; i < 10; ++i)
-            b.add_var_node(s.var_node(0, pg[i]));
-        return b;
+        std::vector<int> e, v;
+        for (int i = 0; i < 10; ++i) {
+            if (i < 4)
+                e.push_back(s.exp_node(0, pc[i]));
+            v.push_back(s.var_node(0, pg[i]));
+        }
+        return make_bic(*s.graph, *s.wgt, e, v);
     }
     // Planted conditions and genes found, and the others found.
     void count(const Synth& s, const ExpVarBiclust& b, int& conds, int& genes, int& extra) const {
-        conds = genes = extra = 0;
+        auto planted = [&](const std::vector<int>& in, int id, int node) {
+            return std::count(in.begin(), in.end(), id) && s.graph->node_group(node) == 0;
+        };
+        conds = genes = 0;
         for (int e : PairTable::members(b.m_exps))
-            if (std::find(pc.begin(), pc.end(), s.graph->node_exp(e)) != pc.end() &&
-                s.graph->node_group(e) == 0)
-                ++conds;
-            else
-                ++extra;
+            conds += planted(pc, s.graph->node_exp(e), e);
         for (int v : PairTable::members(b.m_vars))
-            if (std::find(pg.begin(), pg.end(), s.graph->node_var(v)) != pg.end() &&
-                s.graph->node_group(v) == 0)
-                ++genes;
-            else
-                ++extra;
+            genes += planted(pg, s.graph->node_var(v), v);
+        extra = b.m_exps.on_bits() + b.m_vars.on_bits() - conds - genes;
     }
     std::vector<int> pc, pg;
 };
@@ -281,7 +251,7 @@ TEST(BicGreedyOpt, RecoversAPlantedModule) {
 
 TEST(BicGreedyOptDeath, FatalTexts) {
     // Node 2 has no edge and weighs -1 against condition 0.
-    Small s({0}, {0, 0}, {{0, 1, 1.0f}}, -1.0f);
+    OneBin s = small({0}, {0, 0}, {{0, 1, 1.0f}}, -1.0f);
     {
         BicGreedyOpt opt(*s.g, *s.w, greedy_options(), "KeepVars", true);
         ExpVarBiclust b = s.bic({0}, {1, 2});
@@ -295,7 +265,7 @@ TEST(BicGreedyOptDeath, FatalTexts) {
     }
     {
         // A negative add factor makes condition 1's loss (-1) look like a gain.
-        Small n({0, 0}, {0}, {{0, 2, 1.0f}}, -1.0f);
+        OneBin n = small({0, 0}, {0}, {{0, 2, 1.0f}}, -1.0f);
         BicGreedyOpt opt(*n.g, *n.w, greedy_options(), "Negative", true);
         ExpVarBiclust b = n.bic({0}, {2});
         EXPECT_DEATH(opt.grow(b), R"(BicGreedyOpt\([0-9]+\): Greedy made things worse1 0)");

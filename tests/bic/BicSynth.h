@@ -132,22 +132,16 @@ struct PairTable {
     }
     // Margins over the given members of the other side; `mag` gets the sum of magnitudes.
     double exp_margin(const std::vector<int>& vars, int e, double* mag = nullptr) const {
-        double s = 0, m = 0;
-        for (int v : vars) {
-            const double x = pair(e, v);
-            s += x;
-            m += std::fabs(x);
-        }
-        if (mag)
-            *mag = m;
-        return s;
+        return sum(vars, [&](int v) { return pair(e, v); }, mag);
     }
     double var_margin(const std::vector<int>& exps, int v, double* mag = nullptr) const {
+        return sum(exps, [&](int e) { return pair(e, v); }, mag);
+    }
+    template <class F> static double sum(const std::vector<int>& xs, F f, double* mag) {
         double s = 0, m = 0;
-        for (int e : exps) {
-            const double x = pair(e, v);
-            s += x;
-            m += std::fabs(x);
+        for (int x : xs) {
+            s += f(x);
+            m += std::fabs(f(x));
         }
         if (mag)
             *mag = m;
@@ -175,6 +169,47 @@ struct PairTable {
     const ExpVarGraphBase& m_g;
     const WgtSchemeBase& m_w;
     std::vector<int> m_edge;
+};
+
+// A bicluster of the given condition and variable nodes.
+inline ExpVarBiclust make_bic(const ExpVarGraphBase& g, WgtSchemeBase& w, const std::vector<int>& exps,
+                              const std::vector<int>& vars) {
+    ExpVarBiclust b(g, w);
+    for (int e : exps)
+        b.add_exp_node(e);
+    for (int v : vars)
+        b.add_var_node(v);
+    return b;
+}
+
+// A hand graph with one bin, every non-edge weighing `non_edge` and the edges their given weights;
+// `conds` conditions named c0, c1, ... and `genes` genes.
+struct OneBin {
+    OneBin(const std::vector<int>& exp_groups, const std::vector<int>& var_groups,
+           const std::vector<std::tuple<int, int, float>>& edges, float non_edge, int genes, int conds,
+           int max_var_group)
+        : d(genes, nullptr, key(conds), "") {
+        std::vector<std::tuple<int, int, float>> unit;
+        for (const auto& e : edges)
+            unit.emplace_back(std::get<0>(e), std::get<1>(e), 1.0f);
+        g.reset(hand_graph(d, exp_groups, var_groups, unit, max_var_group));
+        w.reset(new HandWgt(*g, std::vector<int>(g->m_node_count, 0), 1));
+        w->m_non_edge[0].assign(w->m_non_edge[0].size(), non_edge);
+        for (size_t i = 0; i < edges.size(); ++i)
+            w->m_edge_w[i] = std::get<2>(edges[i]);
+    }
+    static std::string key(int conds) {
+        std::string k;
+        for (int c = 0; c < conds; ++c)
+            k += std::to_string(c) + " c" + std::to_string(c) + " x 0 1 0\n";
+        return k;
+    }
+    ExpVarBiclust bic(const std::vector<int>& exps, const std::vector<int>& vars) const {
+        return make_bic(*g, *w, exps, vars);
+    }
+    BicData d;
+    std::unique_ptr<ExpVarGraphACO> g;
+    std::unique_ptr<HandWgt> w;
 };
 
 #endif
