@@ -1,25 +1,31 @@
-// The short gene table and the value space the universe points to.
+// Variable kinds and the universe: the kind table, the long object table with aliases, the short gene table,
+// anonymous ids and the value space the universe points to.
+#include "ModelTestUtil.h"
+#include "ModelVarFact.h"
 #include "ValSpace3.h"
-#include "VarUniverse.h"
-#include "options.h"
 
-#include <gtest/gtest.h>
+#include <memory>
 
-#include <sstream>
+namespace {
+
+// Reads a short table into u and returns what the reader printed.
+std::string read_short(VarUniverse& u, const char* text) {
+    std::istringstream in(text);
+    return quiet([&] { u.read_short_tabs(in); });
+}
+
+} // namespace
 
 TEST(VarUniverse, ShortTableIdsInAnyOrderWithHoles) {
     VarUniverse u;
-    std::istringstream in("5 YAL001C TFC3\n0  YAL002W\tVPS8\n5 YAL003W EFB1\n");
-    testing::internal::CaptureStderr();
-    u.read_short_tabs(in);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "max id is 5\nfinish reading all objects\n");
+    EXPECT_EQ(read_short(u, "5 YAL001C TFC3\n0  YAL002W\tVPS8\n5 YAL003W EFB1\n"),
+              "max id is 5\nfinish reading all objects\n");
     ASSERT_EQ(u.size(), 6);
     for (int i = 1; i <= 4; ++i)
         EXPECT_EQ(u.m_vars[i], nullptr);
     ASSERT_NE(u.m_vars[0], nullptr);
     EXPECT_EQ(u.m_vars[0]->m_name, "YAL002W");
-    EXPECT_EQ(u.m_vars[0]->m_id, 0);
-    EXPECT_EQ(u.m_vars[0]->get_state_card(), 3);
+    EXPECT_STREQ(u.get_var_type_name(0), "gene");
     // A repeated id replaces the variable; both first names keep pointing at it.
     EXPECT_EQ(u.m_vars[5]->m_name, "YAL003W");
     EXPECT_EQ(u.m_short_names[5], "EFB1");
@@ -27,33 +33,79 @@ TEST(VarUniverse, ShortTableIdsInAnyOrderWithHoles) {
     EXPECT_EQ(VarUniverse::find(u.m_short_to_id, "TFC3"), 5);
     EXPECT_EQ(VarUniverse::find(u.m_short_to_id, "VPS8"), 0);
     EXPECT_EQ(VarUniverse::find(u.m_short_to_id, "YAL002W"), -1);
+
+    VarUniverse same;
+    read_short(same, "3 GENE GENE\n");
+    EXPECT_EQ(VarUniverse::find(same.m_name_to_id, "GENE"), 3);
+    EXPECT_EQ(VarUniverse::find(same.m_short_to_id, "GENE"), 3);
 }
 
 TEST(VarUniverse, BadTokenEndsTheReadQuietlyAndEmptyTable) {
-    VarUniverse u;
-    std::istringstream in("0 A a\n1 B b\nx C c\n2 D d\n");
-    testing::internal::CaptureStderr();
-    u.read_short_tabs(in);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "max id is 1\nfinish reading all objects\n");
+    VarUniverse u, e;
+    EXPECT_EQ(read_short(u, "0 A a\n1 B b\nx C c\n2 D d\n"), "max id is 1\nfinish reading all objects\n");
     EXPECT_EQ(u.size(), 2);
     EXPECT_EQ(VarUniverse::find(u.m_name_to_id, "D"), -1);
-
-    VarUniverse e;
-    std::istringstream none("");
-    testing::internal::CaptureStderr();
-    e.read_short_tabs(none);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "max id is -1\nfinish reading all objects\n");
+    EXPECT_EQ(read_short(e, ""), "max id is -1\nfinish reading all objects\n");
     EXPECT_EQ(e.size(), 0);
 }
 
-TEST(VarUniverse, SameNameInBothColumns) {
+TEST(ModelVarFact, KindTable) {
+    const Factory1<ModelVarBase, int>& gen = model_var_gen();
+    std::istringstream names("protein mrna complex event stimu gene tf InternalMetabolite ExternalMetabolite "
+                             "activeProtein notActiveProtein mRNA");
+    const int cards[] = {2, 2, 2, 2, 2, 3, 3, 2, 2, 2, 2, 2};
+    ASSERT_EQ(gen.m_total, 12);
+    std::string name;
+    for (int i = 0; names >> name; ++i) {
+        EXPECT_EQ(gen.name(i), name);
+        EXPECT_FALSE(gen.obsolete(i));
+        std::unique_ptr<ModelVarBase> var(gen.make(name.c_str(), 40 + i));
+        EXPECT_EQ(var->m_id, 40 + i);
+        EXPECT_EQ(var->get_state_card(), cards[i]) << name;
+    }
+    EXPECT_DEATH(gen.make("enzyme", 0), R"(factory\([0-9]+\): Didn't Find entry for enzyme)");
+}
+
+TEST(VarUniverseLong, KindsAndAliases) {
     VarUniverse u;
-    std::istringstream in("3 GENE GENE\n");
-    testing::internal::CaptureStderr();
-    u.read_short_tabs(in);
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(VarUniverse::find(u.m_name_to_id, "GENE"), 3);
-    EXPECT_EQ(VarUniverse::find(u.m_short_to_id, "GENE"), 3);
+    // Row 2: " junk" before the first tab is dropped, then aliases A1, an empty one and A2 (DOS line end).
+    std::istringstream in("0\tYAL001C\ttf\t1.5\tx\tTFC3\tFUN24\n"
+                          "2\tYAL003W\tmrna\t0\t0\tEFB1\tTEF5 junk\tA1\t\tA2\r\n"
+                          "1 YAL002W ExternalMetabolite 0 0 VPS8 FUN15\n"),
+        unused;
+    EXPECT_EQ(quiet([&] { u.read_tabs(in, unused); }), "max id is 2\nfinish reading all objects\n");
+    ASSERT_EQ(u.size(), 3);
+    EXPECT_STREQ(u.get_var_type_name(0), "tf");
+    EXPECT_STREQ(u.get_var_type_name(1), "ExternalMetabolite");
+    EXPECT_STREQ(u.get_var_type_name(2), "mrna");
+    EXPECT_STREQ(u.get_var_type_name(7), "");
+    EXPECT_EQ(u.m_short_names, (std::vector<std::string>{"TFC3", "VPS8", "EFB1"}));
+    const std::map<std::string, int> aliases{{"FUN24", 0}, {"TEF5", 2}, {"A1", 2},
+                                             {"", 2},      {"A2", 2},   {"FUN15", 1}};
+    EXPECT_EQ(u.m_alias_to_id, aliases);
+    EXPECT_EQ(VarUniverse::find(u.m_short_to_id, "EFB1"), 2);
+    EXPECT_EQ(VarUniverse::find(u.m_name_to_id, "YAL002W"), 1);
+}
+
+TEST(VarUniverseLong, BadRowsAndUnknownKinds) {
+    VarUniverse u;
+    std::istringstream in("0 A gene 0 0 a x\n1 B gene 0 0 b\n"), unused;
+    // The second row ends before its alias: the read stops there.
+    EXPECT_EQ(quiet([&] { u.read_tabs(in, unused); }), "max id is 0\nfinish reading all objects\n");
+    EXPECT_EQ(u.size(), 1);
+
+    std::istringstream odd("0 A enzyme 0 0 a x\n");
+    EXPECT_DEATH(u.read_tabs(odd, unused), R"(factory\([0-9]+\): Didn't Find entry for enzyme)");
+    EXPECT_DEATH(VarUniverse::check_var_id(3, 4), R"(VarUniverse\([0-9]+\): vars id 3 differs from 4)");
+}
+
+TEST(VarUniverseLong, InitIdspace) {
+    VarUniverse u;
+    u.init_idspace(3);
+    ASSERT_EQ(u.size(), 3);
+    EXPECT_EQ(u.m_short_to_id, (std::map<std::string, int>{{"Gene0", 0}, {"Gene1", 1}, {"Gene2", 2}}));
+    EXPECT_EQ(u.m_vars[2]->m_id, 2);
+    EXPECT_STREQ(u.get_var_type_name(2), "gene");
 }
 
 TEST(ValSpace3, StrictThresholds) {
@@ -66,6 +118,4 @@ TEST(ValSpace3, StrictThresholds) {
     EXPECT_EQ(vs.get_val_state_prob(2, -3.0f), 1.0f);
     EXPECT_EQ(vs.get_val_state_prob(0, -3.0f), 0.0f);
     EXPECT_EQ(vs.get_zero_state(), 0);
-    EXPECT_EQ(vs.m_k, 3);
-    EXPECT_TRUE(o.m_opt_values.empty()); // reads no option
 }
