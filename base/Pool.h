@@ -8,8 +8,7 @@
 #include <new>
 #include <vector>
 
-template <class T, int ChunkBlocks = 32>
-class Pool {
+template <class T, int ChunkBlocks = 32> class Pool {
 public:
     // First free block, or a block of a new chunk when the free list is empty.
     static void* allocate() {

@@ -9,13 +9,13 @@
 
 // `src` is the file's source name, a literal constant per file (never __FILE__);
 // `msg` is any chain of stream insertions.
-#define VESK_FATAL(src, msg)                                                                               \
-    do {                                                                                                   \
-        ActiveMode* vesk_em_ = get_error_mode();                                                           \
-        if (vesk_em_->m_log >= 1) {                                                                        \
-            *vesk_em_->m_stream << (src) << "(" << __LINE__ << "): " << msg << std::endl;                  \
-        }                                                                                                  \
-        base_crash();                                                                                      \
+#define VESK_FATAL(src, msg)                                                                                 \
+    do {                                                                                                     \
+        ActiveMode* vesk_em_ = get_error_mode();                                                             \
+        if (vesk_em_->m_log >= 1) {                                                                          \
+            *vesk_em_->m_stream << (src) << "(" << __LINE__ << "): " << msg << std::endl;                    \
+        }                                                                                                    \
+        base_crash();                                                                                        \
     } while (0)
 
 #endif

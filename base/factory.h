@@ -29,8 +29,7 @@ protected:
     const Factory* table_of(int& index) const;
 };
 
-template <class Base, class A1>
-class Factory1 : public Factory {
+template <class Base, class A1> class Factory1 : public Factory {
 public:
     typedef Base* (*maker_type)(A1);
 
@@ -44,8 +43,7 @@ public:
     }
 };
 
-template <class Base, class A1, class A2>
-class Factory2 : public Factory {
+template <class Base, class A1, class A2> class Factory2 : public Factory {
 public:
     typedef Base* (*maker_type)(A1, A2);
 
@@ -59,13 +57,11 @@ public:
     }
 };
 
-template <class Base, class Derived, class A1>
-struct Factory1Make {
+template <class Base, class Derived, class A1> struct Factory1Make {
     static Base* func(A1 a1) { return new Derived(a1); }
 };
 
-template <class Base, class Derived, class A1, class A2>
-struct Factory2Make {
+template <class Base, class Derived, class A1, class A2> struct Factory2Make {
     static Base* func(A1 a1, A2 a2) { return new Derived(a1, a2); }
 };
 

@@ -50,6 +50,4 @@ void at_finish(base_action func) {
     t.actions[t.count++] = func;
 }
 
-void base_crash() {
-    std::abort();
-}
+void base_crash() { std::abort(); }

@@ -106,9 +106,9 @@ int main(int argc, char** argv) {
     }
     const double t_search = seconds_since(t0);
 
-    std::cout << "search " << t_search << " s: " << count_of(log, "finish hashing iter at ") << " table passes, "
-              << hash->m_cand_count << " candidates, " << count_of(log, "finish growing") << " grows, "
-              << hash->m_bics.size() << " biclusters after reduction\n";
+    std::cout << "search " << t_search << " s: " << count_of(log, "finish hashing iter at ")
+              << " table passes, " << hash->m_cand_count << " candidates, " << count_of(log, "finish growing")
+              << " grows, " << hash->m_bics.size() << " biclusters after reduction\n";
     for (size_t k = 0; k < modules.size(); ++k) {
         const Module& md = modules[k];
         double best = 0.0;
@@ -119,7 +119,8 @@ int main(int argc, char** argv) {
             for (ds_bitvec_iter e(b.m_exps); e; ++e)
                 inter_c += graph->node_exp(e) >= md.cond0 && graph->node_exp(e) < md.cond0 + md.conds;
             const double inter = static_cast<double>(inter_g) * inter_c;
-            const double uni = static_cast<double>(ng) * nc + static_cast<double>(md.genes) * md.conds - inter;
+            const double uni =
+                static_cast<double>(ng) * nc + static_cast<double>(md.genes) * md.conds - inter;
             best = std::max(best, uni > 0 ? inter / uni : 0.0);
         }
         std::cout << "module " << k << " (" << md.genes << " x " << md.conds << "): best Jaccard " << best

@@ -220,8 +220,10 @@ HashBiclust::HashBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt, BicGr
                          const std::string& scope)
     : m_graph(graph), m_wgt(wgt), m_neig(graph, wgt, opts, scope), m_opt(opt) {
     read_common(opts, scope);
-    set_groups(m_neig.m_active_exp_groups, graph.m_max_exp_group, opts.get_ints(scope, "ActiveExpGroup", true));
-    set_groups(m_neig.m_active_var_groups, graph.m_max_var_group, opts.get_ints(scope, "ActiveVarGroup", true));
+    set_groups(m_neig.m_active_exp_groups, graph.m_max_exp_group,
+               opts.get_ints(scope, "ActiveExpGroup", true));
+    set_groups(m_neig.m_active_var_groups, graph.m_max_var_group,
+               opts.get_ints(scope, "ActiveVarGroup", true));
     m_neig.m_filter_exp_groups = true;
     m_neig.m_filter_var_groups = true;
     go(opts, scope);

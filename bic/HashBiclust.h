@@ -109,8 +109,8 @@ public:
     HashBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt, BicGreedyOpt& opt, const ds_bitvec& vars,
                 options& opts, const std::string& scope);
     // Uses only conditions of class `cls`; the owner calls go.
-    HashBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt, BicGreedyOpt& opt, const ExpClasses& classes,
-                int cls, options& opts, const std::string& scope);
+    HashBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt, BicGreedyOpt& opt,
+                const ExpClasses& classes, int cls, options& opts, const std::string& scope);
     virtual ~HashBiclust();
 
     void go(options& opts, const std::string& scope);

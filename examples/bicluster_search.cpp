@@ -67,8 +67,8 @@ int main(int argc, char** argv) {
     search.reduce_bic_set(opts.get_float("Hash", "MaxOverlap", true));
     std::cout << search.m_bics.size() << " biclusters" << std::endl;
 
-    std::ofstream bick(opts.get_str("Tables", "OutBick", true)), bicd(opts.get_str("Tables", "OutBicd", true)),
-        bicm(opts.get_str("Tables", "OutBicm", true));
+    std::ofstream bick(opts.get_str("Tables", "OutBick", true)),
+        bicd(opts.get_str("Tables", "OutBicd", true)), bicm(opts.get_str("Tables", "OutBicm", true));
     if (!bick || !bicd || !bicm) {
         std::cerr << "Cannot write the bicluster tables" << std::endl;
         return 1;

@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <vector>
 
-template <class T>
-class Matrix {
+template <class T> class Matrix {
 public:
     Matrix() {}
     Matrix(int rows, int cols, T fill)

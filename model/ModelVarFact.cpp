@@ -3,8 +3,7 @@
 
 namespace {
 
-template <class State>
-using ModelVarMake = Factory1Make<ModelVarBase, ModelVar<State>, int>;
+template <class State> using ModelVarMake = Factory1Make<ModelVarBase, ModelVar<State>, int>;
 
 const char* const kNames[] = {"protein",
                               "mrna",

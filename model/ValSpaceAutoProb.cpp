@@ -21,8 +21,7 @@ void count_value(std::vector<int>& counts, float v, float offset, float bin) {
         ++counts[static_cast<int>(pos)];
 }
 
-template <int N>
-scalar_func* make_plinear(std::initializer_list<float> xs, std::initializer_list<float> ys) {
+template <int N> scalar_func* make_plinear(std::initializer_list<float> xs, std::initializer_list<float> ys) {
     sf_plinear<N>* f = new sf_plinear<N>();
     f->init(std::vector<float>(xs), std::vector<float>(ys));
     return f;

@@ -2,8 +2,7 @@
 #include "mrna.h"
 
 // A copy keeps everything, the rules included, and changes only the system it belongs to.
-template <class T>
-static bpm_basevar* clone_into(const T& var, bpm_system* system) {
+template <class T> static bpm_basevar* clone_into(const T& var, bpm_system* system) {
     T* copy = new T(var);
     copy->m_system = system;
     return copy;

@@ -8,8 +8,7 @@
 #include <string>
 
 // Keeps the gene id given by the attribute "gene_id"; other attributes are ignored.
-template <class State>
-class bpm_gene_linked : public bpm_var<State> {
+template <class State> class bpm_gene_linked : public bpm_var<State> {
 public:
     bpm_gene_linked(bpm_system* system, int id) : bpm_var<State>(system, id) {}
 

@@ -46,8 +46,7 @@ public:
 
 // Piecewise linear through N points, flat before the first and after the last. Option Points:
 // x0 y0 x1 y1 ... (2N floats).
-template <int N>
-class sf_plinear : public scalar_func {
+template <int N> class sf_plinear : public scalar_func {
 public:
     sf_plinear() {
         for (int i = 0; i < N; ++i)
@@ -83,8 +82,7 @@ public:
 // Splits the Points array x0 y0 x1 y1 ... into its xs and ys.
 void plinear_points(options& opts, const std::string& scope, std::vector<float>& xs, std::vector<float>& ys);
 
-template <int N>
-void sf_plinear<N>::init_from_options(options& opts, const std::string& scope) {
+template <int N> void sf_plinear<N>::init_from_options(options& opts, const std::string& scope) {
     std::vector<float> xs, ys;
     plinear_points(opts, scope, xs, ys);
     init(xs, ys);

@@ -20,16 +20,29 @@ public:
 };
 
 // State tags: each names a kind of biological variable and fixes its number of states.
-struct bpm_prot_state { static constexpr int card = 2; };
-struct bpm_mrna_state { static constexpr int card = 2; };
-struct bpm_complex_state { static constexpr int card = 2; };
-struct bpm_event_state { static constexpr int card = 2; };
-struct bpm_stimu_state { static constexpr int card = 2; };
-struct bpm_gene_state { static constexpr int card = 3; };
-struct bpm_tf_state { static constexpr int card = 3; };
+struct bpm_prot_state {
+    static constexpr int card = 2;
+};
+struct bpm_mrna_state {
+    static constexpr int card = 2;
+};
+struct bpm_complex_state {
+    static constexpr int card = 2;
+};
+struct bpm_event_state {
+    static constexpr int card = 2;
+};
+struct bpm_stimu_state {
+    static constexpr int card = 2;
+};
+struct bpm_gene_state {
+    static constexpr int card = 3;
+};
+struct bpm_tf_state {
+    static constexpr int card = 3;
+};
 
-template <class State>
-class ModelVar : public ModelVarBase {
+template <class State> class ModelVar : public ModelVarBase {
 public:
     ModelVar() { m_state_card = State::card; }
     explicit ModelVar(int id) : ModelVar() { m_id = id; }
@@ -75,8 +88,7 @@ public:
 };
 
 // A pathway variable over the states of `State`. Its evaluation slots do nothing at this level.
-template <class State>
-class bpm_var : public bpm_basevar {
+template <class State> class bpm_var : public bpm_basevar {
 public:
     bpm_var(bpm_system* system, int id) : bpm_basevar(system, id) {}
 

@@ -5,8 +5,7 @@
 
 namespace {
 
-template <class Var>
-using BaseVarMake = Factory2Make<bpm_basevar, Var, bpm_system*, int>;
+template <class Var> using BaseVarMake = Factory2Make<bpm_basevar, Var, bpm_system*, int>;
 
 const char* const kNames[] = {
     "mrna",          "mrna", "mrna", "mrna", "mrna", "gene", "tf", "InternalMetabolite", "ExtrenalMetabolite",

@@ -7,8 +7,7 @@
 
 // Sorts `order` so that values[order[0]] <= values[order[1]] <= ...; indices with equal
 // values keep their relative order.
-template <class T>
-void IndirectSort(std::vector<int>& order, const std::vector<T>& values) {
+template <class T> void IndirectSort(std::vector<int>& order, const std::vector<T>& values) {
     std::stable_sort(order.begin(), order.end(), [&values](int a, int b) { return values[a] < values[b]; });
 }
 

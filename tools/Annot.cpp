@@ -72,7 +72,8 @@ void annotate_class(int c, int size, int m, int inter, float pv, std::ostream& t
     }
 }
 
-void annotate(const VarClasses& classes, const ds_bitvec& set, std::vector<Annot>& out, std::vector<int>& order) {
+void annotate(const VarClasses& classes, const ds_bitvec& set, std::vector<Annot>& out,
+              std::vector<int>& order) {
     out.clear();
     order.clear();
     std::vector<float> pvs;
@@ -101,7 +102,8 @@ void annotate(const VarClasses& classes, const ds_bitvec& set, std::vector<Annot
             Annot& worse = out[order[ib]];
             const float dep = dep_hg_pv(classes, better.m_cls, worse.m_cls, set);
             if (dep > g_filter_red_pv_thresh) {
-                std::cerr << "Filter " << worse.m_cls << " by " << better.m_cls << " deppv " << dep << std::endl;
+                std::cerr << "Filter " << worse.m_cls << " by " << better.m_cls << " deppv " << dep
+                          << std::endl;
                 worse.m_filtered = true;
             }
         }

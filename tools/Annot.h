@@ -33,7 +33,8 @@ float get_best_pval(const VarClasses& classes, const ds_bitvec& set);
 
 // Fills `out` with the classes whose log probability is below g_max_pv_to_rep and `order`
 // with their indices, best first (ties in class id order), then marks redundant classes.
-void annotate(const VarClasses& classes, const ds_bitvec& set, std::vector<Annot>& out, std::vector<int>& order);
+void annotate(const VarClasses& classes, const ds_bitvec& set, std::vector<Annot>& out,
+              std::vector<int>& order);
 
 // One tested class of a set of `m` members: a trace line for a rare overlap, and an Annot (with its
 // log probability in `pvs` and its index in `order`) when the probability is below g_max_pv_to_rep.

@@ -129,8 +129,8 @@ float evaluate_pass(const ClassIndex& ix, const HgTable& hg, const std::vector<f
 } // namespace
 
 void bootstrap_fast(const VarClasses& classes, const std::vector<std::vector<int>>& sets,
-                    const std::vector<int>& chip_ids, int n_vars, int passes, float ceiling, BootstrapState& st,
-                    std::vector<float>& kept, int threads) {
+                    const std::vector<int>& chip_ids, int n_vars, int passes, float ceiling,
+                    BootstrapState& st, std::vector<float>& kept, int threads) {
     if (passes <= 0)
         return;
     // Flat member list of the non-empty sets, in set id order.
@@ -173,8 +173,9 @@ void bootstrap_fast(const VarClasses& classes, const std::vector<std::vector<int
         const int used = std::min(threads, nb);
         auto run = [&](int t) {
             for (int i = t; i < nb; i += used)
-                best[i] = evaluate_pass(ix, hg, ln_binom_univ, set_begin, images.data() + static_cast<std::size_t>(i) * n_members,
-                                        n_vars, work[t]);
+                best[i] =
+                    evaluate_pass(ix, hg, ln_binom_univ, set_begin,
+                                  images.data() + static_cast<std::size_t>(i) * n_members, n_vars, work[t]);
         };
         std::vector<std::thread> pool;
         for (int t = 1; t < used; ++t)

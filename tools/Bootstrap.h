@@ -29,7 +29,7 @@ void bootstrap_reference(const VarClasses& classes, const std::vector<std::vecto
 // passes of a batch are evaluated on `threads` threads once their images are drawn. Gives the
 // same `kept`, state and trace as bootstrap_reference.
 void bootstrap_fast(const VarClasses& classes, const std::vector<std::vector<int>>& sets,
-                    const std::vector<int>& chip_ids, int n_vars, int passes, float ceiling, BootstrapState& st,
-                    std::vector<float>& kept, int threads);
+                    const std::vector<int>& chip_ids, int n_vars, int passes, float ceiling,
+                    BootstrapState& st, std::vector<float>& kept, int threads);
 
 #endif

@@ -12,12 +12,12 @@
 #include "options.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -54,10 +54,10 @@ int match_gene(const VarUniverse& univ, const std::string& word) {
 }
 
 // The report lines of one set from its annotation.
-void write_set_lines(std::ostream& rep, int set_id, const std::vector<int>& members, const std::vector<Annot>& out,
-                     const std::vector<int>& order, const VarClasses& classes, const VarUniverse& univ,
-                     const std::map<std::string, std::string>& types, const std::vector<float>& kept,
-                     int boot_num, float ceiling, bool gene_list) {
+void write_set_lines(std::ostream& rep, int set_id, const std::vector<int>& members,
+                     const std::vector<Annot>& out, const std::vector<int>& order, const VarClasses& classes,
+                     const VarUniverse& univ, const std::map<std::string, std::string>& types,
+                     const std::vector<float>& kept, int boot_num, float ceiling, bool gene_list) {
     for (int idx : order) {
         const Annot& a = out[idx];
         if (a.m_filtered || a.m_log_pv > ceiling)
@@ -127,8 +127,8 @@ void report_all_fast(std::ostream& rep, const std::vector<std::vector<int>>& set
     for (std::size_t s = 0; s < sets.size(); ++s) {
         if (!results[s].trace.empty())
             std::cerr << results[s].trace << std::flush;
-        write_set_lines(rep, static_cast<int>(s), sets[s], results[s].out, results[s].order, classes, univ, types,
-                        kept, boot_num, ceiling, gene_list);
+        write_set_lines(rep, static_cast<int>(s), sets[s], results[s].out, results[s].order, classes, univ,
+                        types, kept, boot_num, ceiling, gene_list);
     }
 }
 
@@ -242,7 +242,8 @@ int vesk_main(int argc, char** argv) {
             for (int g : sets[s])
                 scratch.set_ind(g);
             annotate(classes, scratch, out, order);
-            write_set_lines(rep, s, sets[s], out, order, classes, univ, types, kept, boot_num, ceiling, gene_list);
+            write_set_lines(rep, s, sets[s], out, order, classes, univ, types, kept, boot_num, ceiling,
+                            gene_list);
         }
     } else {
         report_all_fast(rep, sets, classes, univ, types, kept, boot_num, ceiling, gene_list, n_vars,

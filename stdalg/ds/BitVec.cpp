@@ -126,25 +126,25 @@ ds_bitvec& ds_bitvec::noteq() {
     return *this;
 }
 
-#define VESK_BITVEC_BINOP(name, expr, masked)                                                              \
-    ds_bitvec& ds_bitvec::name(const ds_bitvec& other) {                                                   \
-        const word_type* b = other.m_words.data();                                                         \
-        for (std::size_t i = 0; i < m_words.size(); ++i) {                                                 \
-            const word_type x = m_words[i], y = b[i];                                                      \
-            m_words[i] = (expr);                                                                           \
-        }                                                                                                  \
-        if (masked)                                                                                        \
-            mask_tail();                                                                                   \
-        m_on_bits = -1;                                                                                    \
-        return *this;                                                                                      \
+#define VESK_BITVEC_BINOP(name, expr, masked)                                                                \
+    ds_bitvec& ds_bitvec::name(const ds_bitvec& other) {                                                     \
+        const word_type* b = other.m_words.data();                                                           \
+        for (std::size_t i = 0; i < m_words.size(); ++i) {                                                   \
+            const word_type x = m_words[i], y = b[i];                                                        \
+            m_words[i] = (expr);                                                                             \
+        }                                                                                                    \
+        if (masked)                                                                                          \
+            mask_tail();                                                                                     \
+        m_on_bits = -1;                                                                                      \
+        return *this;                                                                                        \
     }
 
-VESK_BITVEC_BINOP(andeq, x & y, false)
+VESK_BITVEC_BINOP(andeq, x& y, false)
 VESK_BITVEC_BINOP(oreq, x | y, false)
 VESK_BITVEC_BINOP(xoreq, x ^ y, false)
 VESK_BITVEC_BINOP(minus, x & ~y, false)
-VESK_BITVEC_BINOP(sub, ~x & y, false)
-VESK_BITVEC_BINOP(nand, ~(x & y), true)
+VESK_BITVEC_BINOP(sub, ~x& y, false)
+VESK_BITVEC_BINOP(nand, ~(x& y), true)
 VESK_BITVEC_BINOP(nor, ~(x | y), true)
 VESK_BITVEC_BINOP(nxor, ~(x ^ y), true)
 VESK_BITVEC_BINOP(nminus, ~x | y, true)

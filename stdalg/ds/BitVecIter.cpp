@@ -5,9 +5,12 @@
 
 static constexpr char kSrc[] = "ds/BitVecIter";
 
-ds_bitvec_iter::ds_bitvec_iter(const ds_bitvec& v) : m_vec(&v), m_valid(false), m_word(0), m_bit(0) { first(0); }
+ds_bitvec_iter::ds_bitvec_iter(const ds_bitvec& v) : m_vec(&v), m_valid(false), m_word(0), m_bit(0) {
+    first(0);
+}
 
-ds_bitvec_iter::ds_bitvec_iter(const ds_bitvec& v, int start) : m_vec(&v), m_valid(false), m_word(0), m_bit(0) {
+ds_bitvec_iter::ds_bitvec_iter(const ds_bitvec& v, int start)
+    : m_vec(&v), m_valid(false), m_word(0), m_bit(0) {
     first(start);
 }
 

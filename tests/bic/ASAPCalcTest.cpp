@@ -148,7 +148,7 @@ TEST(ASAPCalc, TablesFromAnAssessmentAndItsFile) {
     std::unique_ptr<BicExpScoreAssess> as;
     {
         Quiet q;
-            ds_bitvec genes(5);
+        ds_bitvec genes(5);
         for (int g = 0; g < 4; ++g)
             genes.set_ind(g);
         as.reset(new BicExpScoreAssess(
@@ -179,7 +179,8 @@ TEST(ASAPCalc, TablesFromAnAssessmentAndItsFile) {
                 EXPECT_EQ((*tabs[t][0])(r, c), want) << r << " " << c;
                 // The file holds the sampled cells, printed with six digits (the unscalable mark
                 // comes back as 3.40282e+38); the others stay 0.
-                EXPECT_NEAR((*tabs[t][1])(r, c), sampled ? want : 0.0f, 1e-5 * std::fabs(sampled ? want : 0.0f) + 1e-5)
+                EXPECT_NEAR((*tabs[t][1])(r, c), sampled ? want : 0.0f,
+                            1e-5 * std::fabs(sampled ? want : 0.0f) + 1e-5)
                     << r << " " << c;
             }
         }

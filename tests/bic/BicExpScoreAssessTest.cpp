@@ -123,7 +123,8 @@ TEST(BicExpScoreAssess, TypicalGroupsByHand) {
     // both 0.75 (the first listed group wins); genes 2, 3 have only group 0; gene 4 no node.
     Quiet q;
     for (const char* groups : {"0 1", "1 0"}) {
-        BicExpScoreAssess a(*h.g, *h.w, gene_set({0, 1, 2, 3}), bic_options(assess_text("T", 0, 0, 3, groups)), "T");
+        BicExpScoreAssess a(*h.g, *h.w, gene_set({0, 1, 2, 3}),
+                            bic_options(assess_text("T", 0, 0, 3, groups)), "T");
         EXPECT_EQ(a.m_typical_group, (std::vector<int>{1, groups[0] == '1', 0, 0, -1})) << groups;
         // With no list no variable has a typical group.
         a.m_gene_groups.clear();

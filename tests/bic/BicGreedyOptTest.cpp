@@ -9,11 +9,12 @@
 
 namespace {
 
-std::string greedy_text(const std::string& scope, const std::string& flags, float add = 1.0f, float del = 1.0f) {
+std::string greedy_text(const std::string& scope, const std::string& flags, float add = 1.0f,
+                        float del = 1.0f) {
     std::ostringstream t; // flags: CanDelInitExp, CanAddExp, CanDelExp, CanDelInitVar, Logit
-    t << "[" << scope << "]\nCanDelInitExp = " << flags[0] << "\nCanAddExp = " << flags[1] << "\nCanDelExp = "
-      << flags[2] << "\nCanDelInitVar = " << flags[3] << "\nLogit = " << flags[4] << "\nAddExpCostFactor = " << add
-      << "\nDelExpCostFactor = " << del << "\n";
+    t << "[" << scope << "]\nCanDelInitExp = " << flags[0] << "\nCanAddExp = " << flags[1]
+      << "\nCanDelExp = " << flags[2] << "\nCanDelInitVar = " << flags[3] << "\nLogit = " << flags[4]
+      << "\nAddExpCostFactor = " << add << "\nDelExpCostFactor = " << del << "\n";
     return t.str();
 }
 

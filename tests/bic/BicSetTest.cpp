@@ -11,7 +11,8 @@ namespace {
 // Both orientations on both sides, so groups 0 and 1 exist for conditions and variables.
 struct SetFix {
     SetFix() : s(12, 40, {0, 1, 2, 3}, {0, 1, 2, 3, 4, 5, 6, 7}, 3.0f, 5u, true) {}
-    ExpVarBiclust bic(const std::vector<std::pair<int, int>>& exps, const std::vector<std::pair<int, int>>& vars) {
+    ExpVarBiclust bic(const std::vector<std::pair<int, int>>& exps,
+                      const std::vector<std::pair<int, int>>& vars) {
         ExpVarBiclust b(*s.graph, *s.wgt);
         for (const auto& e : exps)
             b.add_exp_node(s.exp_node(e.first, e.second));
@@ -97,7 +98,8 @@ TEST(BicSet, ReplaceGrowsTheSetAndKeepsTheOthers) {
     EXPECT_TRUE(set.m_bics[4] == f.bic({{0, 0}, {1, 2}}, {{1, 2}, {1, 3}}));
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(set.m_active.get_ind(i), i != 2 && i != 3) << i;
-    EXPECT_EQ(set.m_patterns[4] + " " + std::to_string(set.m_pat_from[4]) + " " + std::to_string(set.m_pat_to[4]),
+    EXPECT_EQ(set.m_patterns[4] + " " + std::to_string(set.m_pat_from[4]) + " " +
+                  std::to_string(set.m_pat_to[4]),
               "ACGT 5 9");
     EXPECT_EQ(set.m_patterns[2], "none");
     EXPECT_TRUE(set.m_bics[0] == f.bic({{0, 1}}, {{0, 1}}));

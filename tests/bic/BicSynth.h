@@ -132,10 +132,12 @@ struct PairTable {
     }
     // Margins over the given members of the other side; `mag` gets the sum of magnitudes.
     double exp_margin(const std::vector<int>& vars, int e, double* mag = nullptr) const {
-        return sum(vars, [&](int v) { return pair(e, v); }, mag);
+        return sum(
+            vars, [&](int v) { return pair(e, v); }, mag);
     }
     double var_margin(const std::vector<int>& exps, int v, double* mag = nullptr) const {
-        return sum(exps, [&](int e) { return pair(e, v); }, mag);
+        return sum(
+            exps, [&](int e) { return pair(e, v); }, mag);
     }
     template <class F> static double sum(const std::vector<int>& xs, F f, double* mag) {
         double s = 0, m = 0;

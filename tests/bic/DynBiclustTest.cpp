@@ -40,7 +40,8 @@ TEST(ExpVarBiclust, ScoreMarginsAndTablesByHand) {
     // node 4 outside: edge 1.5, non-edge -0.5.
     EXPECT_EQ((std::vector<float>{b.get_exp_margin(0), b.get_exp_margin(1), b.get_exp_margin(2)}),
               (std::vector<float>{0.0f, 4.0f, -0.75f}));
-    EXPECT_EQ((std::vector<float>{b.get_var_margin(3), b.get_var_margin(4), b.get_var_margin(5), b.get_var_margin(6)}),
+    EXPECT_EQ((std::vector<float>{b.get_var_margin(3), b.get_var_margin(4), b.get_var_margin(5),
+                                  b.get_var_margin(6)}),
               (std::vector<float>{3.0f, 1.0f, 1.0f, 0.0f}));
 
     std::ostringstream bick, bicd;
@@ -122,12 +123,22 @@ TEST(DynBiclust, RaisesEveryEventInOrder) {
     b.del_var_node(3);
     b.del_exp_node(0);
     b.revert(saved);
-    EXPECT_EQ(r.seen, (std::vector<P>{{5, -1}, {3, -1}, {16, -1}, {9, 0}, {12, 2}, {4, -1}, {7, -1}, {18, 0},
-                                      {21, 1}, {27, 5}, {6, -1}}));
+    EXPECT_EQ(r.seen, (std::vector<P>{{5, -1},
+                                      {3, -1},
+                                      {16, -1},
+                                      {9, 0},
+                                      {12, 2},
+                                      {4, -1},
+                                      {7, -1},
+                                      {18, 0},
+                                      {21, 1},
+                                      {27, 5},
+                                      {6, -1}}));
     EXPECT_TRUE(b == saved);
     EXPECT_EQ(b.m_score, 2.0f);
     r.seen.clear();
-    b.set_to_bic(make_bic(*h.g, *h.w, {2}, {6})); // reset first (raised before the reset), then conditions, then variables
+    b.set_to_bic(make_bic(*h.g, *h.w, {2},
+                          {6})); // reset first (raised before the reset), then conditions, then variables
     EXPECT_EQ(r.score_at_reset, 2.0f);
     EXPECT_EQ(r.seen,
               (std::vector<P>{{0, -1}, {2, -1}, {13, -1}, {26, 4}, {1, -1}, {25, -1}, {14, 4}, {8, 5}}));
@@ -235,14 +246,17 @@ TEST(DynBiclust, RandomChangesKeepScoreAndHeapExact) {
             const double m = pt.exp_margin(now_v, e, &mag);
             const double key = b.m_exps.get_ind(e) ? 1.5 * m : -0.75 * m;
             ASSERT_TRUE(opt.m_heap.is_used(2 * B, e)) << "step " << step << " exp node " << e;
-            ASSERT_NEAR(opt.m_heap.value(2 * B, e), key, 1e-4 * (mag + 1)) << "step " << step << " exp node " << e;
+            ASSERT_NEAR(opt.m_heap.value(2 * B, e), key, 1e-4 * (mag + 1))
+                << "step " << step << " exp node " << e;
         }
         for (int v = g.m_max_exp_node; v < g.m_node_count; ++v) {
             const double m = pt.var_margin(now_e, v, &mag);
             const bool in = b.m_vars.get_ind(v);
             const int heap = 2 * s.wgt->get_var_node_bin(v) + (in ? 1 : 0);
-            ASSERT_TRUE(opt.m_heap.is_used(heap, v) && !opt.m_heap.is_used(heap ^ 1, v)) << "step " << step << " node " << v;
-            ASSERT_NEAR(opt.m_heap.value(heap, v), in ? m : -m, 1e-4 * (mag + 1)) << "step " << step << " node " << v;
+            ASSERT_TRUE(opt.m_heap.is_used(heap, v) && !opt.m_heap.is_used(heap ^ 1, v))
+                << "step " << step << " node " << v;
+            ASSERT_NEAR(opt.m_heap.value(heap, v), in ? m : -m, 1e-4 * (mag + 1))
+                << "step " << step << " node " << v;
         }
     }
     EXPECT_GT(checked_verify, 1000);

@@ -184,23 +184,45 @@ TEST(ExpVarGraphRandomize, RandomizeAllStops) {
     const Case cases[] = {
         // Condition demand 2 (node 0: 1.2 -> 1, node 1: 1), variable supply 1 (node 2: 1.6 -> 1,
         // node 3: 0.6 -> 0): after one edge only empty variable cells remain.
-        {{0, 0}, {0, 0}, {{0, 2, 0.6f}, {0, 3, 0.6f}, {1, 2, 1.0f}}, 0, 1, 2,
-         {" grp 0 exp_grp_d 1\nfinal edges, 1 E = 2\n"}, "sampled zero ", 1000},
+        {{0, 0},
+         {0, 0},
+         {{0, 2, 0.6f}, {0, 3, 0.6f}, {1, 2, 1.0f}},
+         0,
+         1,
+         2,
+         {" grp 0 exp_grp_d 1\nfinal edges, 1 E = 2\n"},
+         "sampled zero ",
+         1000},
         // The only full condition cell (node 0 towards variable group 18) and the only full variable
         // cell (node 5, of group 19) never match. Cell 18 lies past the end of the variable cell
         // array, so no draw of an empty variable cell can clear it.
-        {{0, 0, 0}, {18, 18, 19}, {{0, 3, 0.5f}, {0, 4, 0.5f}, {1, 5, 0.5f}, {2, 5, 0.5f}}, 20, 0, -1,
-         {"Miss consect breaking, e_count0\n", "exp 0 grp 18 exp_grp_d 1\nvar 5 grp 0 var_grp_d 1\nfinal edges, 0 E = 1\n"},
-         nullptr, 0},
+        {{0, 0, 0},
+         {18, 18, 19},
+         {{0, 3, 0.5f}, {0, 4, 0.5f}, {1, 5, 0.5f}, {2, 5, 0.5f}},
+         20,
+         0,
+         -1,
+         {"Miss consect breaking, e_count0\n",
+          "exp 0 grp 18 exp_grp_d 1\nvar 5 grp 0 var_grp_d 1\nfinal edges, 0 E = 1\n"},
+         nullptr,
+         0},
         // Four variable groups: condition cell 3 is (node 0, group 3), which wants 2 edges; variable
         // cell 3 is node 3, which has none. Once node 1's one edge is placed only empty variable
         // cells are drawn, and drawing cell 3 clears condition cell 3 (the crossed index): from then
         // on every draw of it reports a zero weight.
-        {{0}, {3, 3, 3}, {{0, 1, 1.0f}, {0, 2, 0.5f}, {0, 3, 0.5f}}, 4, 1, 1,
-         {"exp 0 grp 3 exp_grp_d 1\nfinal edges, 1 E = 2\n"}, "sampled zero 0\n", 900},
+        {{0},
+         {3, 3, 3},
+         {{0, 1, 1.0f}, {0, 2, 0.5f}, {0, 3, 0.5f}},
+         4,
+         1,
+         1,
+         {"exp 0 grp 3 exp_grp_d 1\nfinal edges, 1 E = 2\n"},
+         "sampled zero 0\n",
+         900},
     };
     for (const Case& c : cases) {
-        std::unique_ptr<ExpVarGraphACO> g(hand_graph(d, c.exp_groups, c.var_groups, c.edges, c.max_var_group));
+        std::unique_ptr<ExpVarGraphACO> g(
+            hand_graph(d, c.exp_groups, c.var_groups, c.edges, c.max_var_group));
         Random::reset(seed);
         Quiet q;
         g->randomize_all();

@@ -17,28 +17,31 @@ namespace {
 std::string hash_text(const std::string& scope, int min_deg, int max_deg, int min_size, int max_size,
                       int min_vars, int greedy, int mb = 10, int neig = 20) {
     std::ostringstream t;
-    t << "[" << scope << "]\nMaxNeigSize = " << neig << "\nMinHashDegree = " << min_deg << "\nMaxHashDegree = "
-      << max_deg << "\nMaxHashSize = " << max_size << "\nMinHashSize = " << min_size << "\nMaxHashSizeMB = " << mb
-      << "\nFocusallExp = 1\nFocusallVar = 0\nDesiredIterNum = 1\nMaxGrowBics = 5\nMinVarSetSize = " << min_vars
-      << "\nShouldGreedy = " << greedy << "\nNBestEach = 5\nLogit = 0\nActiveExpGroup = { i 2\n0 1\n}\n"
+    t << "[" << scope << "]\nMaxNeigSize = " << neig << "\nMinHashDegree = " << min_deg
+      << "\nMaxHashDegree = " << max_deg << "\nMaxHashSize = " << max_size << "\nMinHashSize = " << min_size
+      << "\nMaxHashSizeMB = " << mb
+      << "\nFocusallExp = 1\nFocusallVar = 0\nDesiredIterNum = 1\nMaxGrowBics = 5\nMinVarSetSize = "
+      << min_vars << "\nShouldGreedy = " << greedy
+      << "\nNBestEach = 5\nLogit = 0\nActiveExpGroup = { i 2\n0 1\n}\n"
       << "ActiveVarGroup = { i 2\n0 1\n}\n";
     return t.str();
 }
 
 options& hash_options() {
     static options& o = bic_options(
-        hash_text("Plain", 1, 3, 1, 2, 1, 0) + hash_text("Deg2", 2, 2, 1, 2, 1, 0) + hash_text("Deg5", 5, 9, 1, 2, 1, 0) +
-        hash_text("Zero", 1, 9, 0, 1, 0, 0) + hash_text("Three", 1, 9, 1, 3, 0, 0) +
-        hash_text("Vars2", 1, 9, 1, 2, 2, 0) + hash_text("Pairs", 1, 9, 2, 2, 2, 1) +
-        hash_text("Pass", 1, 99, 1, 3, 0, 0, 1, 99) +
+        hash_text("Plain", 1, 3, 1, 2, 1, 0) + hash_text("Deg2", 2, 2, 1, 2, 1, 0) +
+        hash_text("Deg5", 5, 9, 1, 2, 1, 0) + hash_text("Zero", 1, 9, 0, 1, 0, 0) +
+        hash_text("Three", 1, 9, 1, 3, 0, 0) + hash_text("Vars2", 1, 9, 1, 2, 2, 0) +
+        hash_text("Pairs", 1, 9, 2, 2, 2, 1) + hash_text("Pass", 1, 99, 1, 3, 0, 0, 1, 99) +
         "[Greedy]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = 1\nLogit = 0\n"
         "AddExpCostFactor = 1\nDelExpCostFactor = 1\n");
     return o;
 }
 
 // Conditions by node (groups given), `vars` variables by node in group 0, edges with weights.
-OneBin hash_fix(const std::vector<int>& exp_groups, int vars, const std::vector<std::tuple<int, int, float>>& edges,
-                float non_edge = 0.0f, int conds = 40) {
+OneBin hash_fix(const std::vector<int>& exp_groups, int vars,
+                const std::vector<std::tuple<int, int, float>>& edges, float non_edge = 0.0f,
+                int conds = 40) {
     return OneBin(exp_groups, std::vector<int>(vars, 0), edges, non_edge, std::max(64, vars), conds, 1);
 }
 
@@ -53,7 +56,7 @@ ds_bitvec key_of(const OneBin& f, const std::vector<int>& nodes) {
 // 0 and 1 (1, 1), node 5 on 1 (1), node 6 on nothing.
 OneBin three_conds() {
     return hash_fix({0, 0, 0}, 4,
-                   {{0, 3, 0.5f}, {1, 3, 1.0f}, {2, 3, 2.0f}, {0, 4, 1.0f}, {1, 4, 1.0f}, {1, 5, 1.0f}});
+                    {{0, 3, 0.5f}, {1, 3, 1.0f}, {2, 3, 2.0f}, {0, 4, 1.0f}, {1, 4, 1.0f}, {1, 5, 1.0f}});
 }
 
 TEST(NeigHash, SubsetsOfOneAndTwoConditionsByHand) {
@@ -68,8 +71,8 @@ TEST(NeigHash, SubsetsOfOneAndTwoConditionsByHand) {
         float w;
         std::set<int> vars;
     };
-    const std::vector<Want> want = {{{0}, 1.5f, {3, 4}},   {{1}, 3.0f, {3, 4, 5}}, {{2}, 2.0f, {3}},
-                                    {{0, 1}, 3.5f, {3, 4}}, {{0, 2}, 2.5f, {3}},   {{1, 2}, 3.0f, {3}}};
+    const std::vector<Want> want = {{{0}, 1.5f, {3, 4}},    {{1}, 3.0f, {3, 4, 5}}, {{2}, 2.0f, {3}},
+                                    {{0, 1}, 3.5f, {3, 4}}, {{0, 2}, 2.5f, {3}},    {{1, 2}, 3.0f, {3}}};
     ASSERT_EQ(h.m_table.size(), want.size());
     for (const Want& x : want) {
         auto it = h.m_table.find(key_of(f, x.key));
@@ -247,9 +250,17 @@ TEST(HashBiclust, SharedCandidateGrownOnceAndEqualGrowsKeptOnce) {
     // variable with one edge. Keys of two conditions: {0,1}, {0,2}, {1,2}, each held by both its
     // nodes; the optimiser grows each to the full 3 x 3 block.
     OneBin f = hash_fix({0, 0, 0}, 4,
-              {{0, 3, 1.0f}, {1, 3, 1.0f}, {2, 3, 1.0f}, {0, 4, 1.0f}, {1, 4, 1.0f}, {2, 4, 1.0f},
-               {0, 5, 1.0f}, {1, 5, 1.0f}, {2, 5, 1.0f}, {0, 6, 1.0f}},
-              -1.0f);
+                        {{0, 3, 1.0f},
+                         {1, 3, 1.0f},
+                         {2, 3, 1.0f},
+                         {0, 4, 1.0f},
+                         {1, 4, 1.0f},
+                         {2, 4, 1.0f},
+                         {0, 5, 1.0f},
+                         {1, 5, 1.0f},
+                         {2, 5, 1.0f},
+                         {0, 6, 1.0f}},
+                        -1.0f);
     Quiet q;
     BicGreedyOpt opt(*f.g, *f.w, hash_options(), "Greedy", true);
     HashBiclust h(*f.g, *f.w, opt, hash_options(), "Pairs");
@@ -272,8 +283,14 @@ TEST(HashBiclust, SharedCandidateGrownOnceAndEqualGrowsKeptOnce) {
 TEST(HashBiclust, ReduceRemovesTheLowerAndTheFirstOnATie) {
     // Condition 0 also as node 3 (group 1); variable nodes 4-7.
     OneBin f = hash_fix({0, 0, 0, 1}, 4,
-              {{0, 4, 1.0f}, {1, 4, 1.0f}, {0, 5, 1.0f}, {1, 5, 1.0f}, {0, 6, 1.0f}, {1, 6, 1.0f},
-               {3, 6, 1.0f}, {2, 7, 1.0f}});
+                        {{0, 4, 1.0f},
+                         {1, 4, 1.0f},
+                         {0, 5, 1.0f},
+                         {1, 5, 1.0f},
+                         {0, 6, 1.0f},
+                         {1, 6, 1.0f},
+                         {3, 6, 1.0f},
+                         {2, 7, 1.0f}});
     Quiet q;
     BicGreedyOpt opt(*f.g, *f.w, hash_options(), "Greedy", true);
     ds_bitvec all(64);

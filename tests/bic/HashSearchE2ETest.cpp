@@ -50,7 +50,8 @@ std::vector<int> range(int from, int to) {
 // 40 x 10 up overlapping the first in 10 genes and 3 conditions, 20 x 6 down.
 struct Planted3 {
     Planted3() : universe(synth_space()), data(universe) {
-        planted = {{range(0, 30), range(0, 8), 3.0f}, {range(20, 60), range(5, 15), 3.0f},
+        planted = {{range(0, 30), range(0, 8), 3.0f},
+                   {range(20, 60), range(5, 15), 3.0f},
                    {range(100, 120), range(20, 26), -3.0f}};
         Quiet q;
         universe.init_idspace(300);

@@ -43,7 +43,8 @@ TEST(NBestMonotone, MatchesAPlainModelOverRandomSequences) {
                 const NBestScoredVal<int> r = nb.extract_worst_best();
                 ASSERT_EQ(r.m_score, model.begin()->first) << "seed " << seed;
                 auto range = model.equal_range(r.m_score);
-                auto hit = std::find_if(range.first, range.second, [&](const auto& p) { return p.second == r.m_id; });
+                auto hit = std::find_if(range.first, range.second,
+                                        [&](const auto& p) { return p.second == r.m_id; });
                 ASSERT_TRUE(hit != range.second);
                 ASSERT_EQ(r.m_val, r.m_id * 3);
                 model.erase(hit);
@@ -59,7 +60,8 @@ TEST(NBestMonotone, MatchesAPlainModelOverRandomSequences) {
                 ASSERT_NE(dropped.m_id, -1);
                 ASSERT_EQ(dropped.m_score, model.begin()->first);
                 auto range = model.equal_range(dropped.m_score);
-                auto hit = std::find_if(range.first, range.second, [&](const auto& p) { return p.second == dropped.m_id; });
+                auto hit = std::find_if(range.first, range.second,
+                                        [&](const auto& p) { return p.second == dropped.m_id; });
                 ASSERT_TRUE(hit != range.second);
                 model.erase(hit);
             } else {

@@ -12,7 +12,7 @@
 namespace {
 
 struct VeskRun {
-    int status;     // raw wait status
+    int status;      // raw wait status
     std::string err; // the error stream
     std::string out; // the standard output
 };
@@ -20,8 +20,8 @@ struct VeskRun {
 // Runs vesk from the repository root with the given option files.
 VeskRun run_vesk(const TempDir& dir, const std::string& args, const std::string& env = "") {
     const std::string err = dir.path() + "/stderr", out = dir.path() + "/stdout";
-    const std::string cmd = "cd '" + source_dir() + "' && exec env " + env + " '" + VESK_BIN_PATH + "' " + args + " >'" +
-                            out + "' 2>'" + err + "'";
+    const std::string cmd = "cd '" + source_dir() + "' && exec env " + env + " '" + VESK_BIN_PATH + "' " +
+                            args + " >'" + out + "' 2>'" + err + "'";
     VeskRun r;
     r.status = std::system(cmd.c_str());
     r.err = read_file(err);

@@ -80,8 +80,7 @@ TEST(VarClasses, PathsOpenBothBeforeReading) {
 TEST(VarClassesDeath, ClassPastTheKeyTable) {
     VarClasses c;
     std::istringstream keys("0\tK\tN\t0\n2\tL\tM\t0\n"), assoc("1 0\n7 1\n");
-    EXPECT_DEATH(c.read(keys, assoc, 3, nullptr),
-                 R"(Class 7 size 3.*vesk\([0-9]+\): Table id mismatch)");
+    EXPECT_DEATH(c.read(keys, assoc, 3, nullptr), R"(Class 7 size 3.*vesk\([0-9]+\): Table id mismatch)");
 }
 
 // Universe of 10 chip genes; class A = {0..4}, class B = {0..3} (nested in A), class C = {5..9}.

@@ -78,7 +78,8 @@ Case make_case(std::mt19937& rng) {
 }
 
 bool same_bits(const std::vector<float>& a, const std::vector<float>& b) {
-    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0);
+    return a.size() == b.size() &&
+           (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0);
 }
 
 } // namespace
@@ -105,11 +106,12 @@ TEST(BootstrapDiff, FastEqualsReferenceOnRandomCases) {
         bootstrap_init(fast_state, static_cast<int>(c.chip_ids.size()), c.n_vars);
         Random::reset(rseed);
         testing::internal::CaptureStderr();
-        bootstrap_fast(c.classes, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, fast_state, fast_kept, threads);
+        bootstrap_fast(c.classes, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, fast_state, fast_kept,
+                       threads);
         const std::string fast_err = testing::internal::GetCapturedStderr();
 
-        ASSERT_TRUE(same_bits(ref_kept, fast_kept)) << "case " << rep << " n_vars " << c.n_vars << " passes "
-                                                    << c.passes << " threads " << threads;
+        ASSERT_TRUE(same_bits(ref_kept, fast_kept))
+            << "case " << rep << " n_vars " << c.n_vars << " passes " << c.passes << " threads " << threads;
         ASSERT_EQ(ref_state.image, fast_state.image) << "case " << rep;
         ASSERT_EQ(ref_state.slots, fast_state.slots) << "case " << rep;
         ASSERT_EQ(ref_err, fast_err) << "case " << rep;
@@ -177,13 +179,14 @@ TEST(BootstrapDiff, WholeReportsAreByteIdentical) {
         const int passes_choice[] = {0, 1, 3, 40, 70};
         std::ostringstream opt;
         opt << "[Random]\nSeed = " << pick(1000) << "\n[Tables]\nvarob = " << dir.write("v", varob.str())
-            << "\nChipOrfs = " << dir.write("c", chip.str()) << "\nGoTypeTab = " << dir.write("t", types.str())
+            << "\nChipOrfs = " << dir.write("c", chip.str())
+            << "\nGoTypeTab = " << dir.write("t", types.str())
             << "\ngoclskey = " << dir.write("k", keys.str()) << "\nclsassoc = " << dir.write("a", assoc.str())
             << "\nSetsOrfs = " << dir.write("s", sets.str()) << "\nAnnotReport = " << report
             << "\n[Vesk]\nBootstrapNum = " << passes_choice[pick(5)] << "\nMinClsSize = " << pick(3)
             << "\nMaxClsSize = " << 5 + pick(60) << "\nMinClsInter = " << pick(3)
-            << "\nMaxPvToRep = " << (pick(2) ? "0.5" : "0.05") << "\nFilterRedPVThres = 0.05\nReportGeneList = "
-            << pick(2) << "\n";
+            << "\nMaxPvToRep = " << (pick(2) ? "0.5" : "0.05")
+            << "\nFilterRedPVThres = 0.05\nReportGeneList = " << pick(2) << "\n";
         const std::string opt_path = dir.write("run.opt", opt.str());
         std::string ref_err, fast_err;
         const std::string ref = run_tool(opt_path, report, "reference", ref_err);
