@@ -39,7 +39,7 @@ ExpVarBiclust::ExpVarBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt)
 ExpVarBiclust::ExpVarBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt, WeightedVarSet& vars,
                              const ds_bitvec& exps)
     : ExpVarBiclust(graph, wgt) {
-    init(vars.m_weight, vars.get_set(), exps);
+    load(vars.m_weight, vars.get_set(), exps, true);
 }
 
 ExpVarBiclust::ExpVarBiclust(const ExpVarBiclust& src)
@@ -125,12 +125,25 @@ void ExpVarBiclust::del_var_node(int node) {
 }
 
 void ExpVarBiclust::init(float weight, const std::set<int>& vars, const ds_bitvec& exps) {
-    reset();
+    load(weight, vars, exps, false);
+}
+
+void ExpVarBiclust::load(float weight, const std::set<int>& vars, const ds_bitvec& exps, bool own) {
+    if (own)
+        ExpVarBiclust::reset();
+    else
+        reset();
     for (ds_bitvec_iter it(exps); it; ++it)
-        add_exp_node(it);
+        if (own)
+            ExpVarBiclust::add_exp_node(it);
+        else
+            add_exp_node(it);
     float expected = weight;
     for (int v : vars) {
-        add_var_node(v);
+        if (own)
+            ExpVarBiclust::add_var_node(v);
+        else
+            add_var_node(v);
         expected += m_wgt.get_var_node_weight(v);
     }
     verify();

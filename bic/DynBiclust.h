@@ -94,6 +94,11 @@ public:
     std::vector<float> m_exp_bin_sum; // by bin: sum of non_edge(e, bin) over the conditions inside
     std::vector<int> m_bin_count;     // by bin: variable nodes inside
     std::unique_ptr<GraphBaseEdgeIter> m_edge_iter;
+
+private:
+    // The body of init. With `own` it goes through this class's operations rather than the
+    // overrides, as the constructor must: no virtual call is made while a derived part is unbuilt.
+    void load(float weight, const std::set<int>& vars, const ds_bitvec& exps, bool own);
 };
 
 // Hash functor for hashed containers keyed by biclusters.
@@ -128,6 +133,7 @@ public:
     // Takes the sets and sums of `source` (no per-node events), then raises 6.
     void revert(const ExpVarBiclust& source);
 
+    // Fills the code vectors; the constructors call it, so it stays non-virtual.
     void setup_event_codes();
 
     event_dispatch m_dispatch;

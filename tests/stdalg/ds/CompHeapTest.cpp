@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <map>
 #include <random>
 #include <utility>
@@ -56,9 +57,12 @@ TEST(CompHeap, KeysAtTheLargestFloatAreNeverPicked) {
     Comp c;
     c.insert(0, 1, 3.4028235e38);
     c.insert(1, 2, 1e39);
+    c.insert(2, 3, std::numeric_limits<float>::max());
+    c.insert(3, 4, 3e38f); // plus the weight below: exactly the largest float
+    c.set_subheap_wgt(3, std::numeric_limits<float>::max() - 3e38f);
     EXPECT_EQ(c.get_min_heap(), -1);
     EXPECT_EQ(c.extract_min(), -1);
-    c.set_subheap_wgt(0, -1e30f);
+    c.set_subheap_wgt(0, -1e32f);
     EXPECT_EQ(c.get_min_heap(), 0);
 }
 
