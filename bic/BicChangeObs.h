@@ -3,6 +3,7 @@
 #ifndef VESK_BIC_BICCHANGEOBS_H
 #define VESK_BIC_BICCHANGEOBS_H
 
+#include "BicSide.h"
 #include "DynBiclust.h"
 #include "ds/CompHeap.h"
 
@@ -37,6 +38,28 @@ protected:
     // Insert when absent, change when present.
     void place(int heap, int node, float key);
     void take_out(int heap, int node);
+    // Changes the entry when present.
+    void rekey(int heap, int node, float key);
+
+    // A node's add move stands in heap `add` while it is outside, its delete move in heap `del` while
+    // it is inside (one heap may hold both). switch_side follows a change of side: the entry leaves
+    // the old side's heap and enters the new one's with that side's key; restart_entry takes it out
+    // of both and puts it back as an add move.
+    void switch_side(int node, bool inside, int add, int del, float add_key, float del_key);
+    void restart_entry(int node, int add, int del, float add_key);
+
+    // What adjacency event `code` of `node` adds to its gain: the current edge's weight over a
+    // non-edge, with the sign of the event.
+    template <class Side> float adj_step(int node, int code) const {
+        const float w = m_wgt->get_edge_cnc(m_bic->m_cur_edge);
+        return code == Side::add_adj(*m_bic)[node] ? w : -w;
+    }
+    // What add or delete event `code` of the other side adds to weight key `wkey` of this side: the
+    // non-edge weight between the key and the node that moved, with the sign of the event.
+    template <class Side> float other_step(int wkey, int code) const {
+        const float w = Side::non_edge(*m_wgt, wkey, Side::Other::cur_wkey(*m_bic));
+        return code == Side::Other::kAdded ? w : -w;
+    }
 
     std::vector<std::pair<int, int>> m_subs; // (event code, slot)
 };
@@ -62,8 +85,8 @@ private:
     void on_var_change(int code);
     void on_adj(int code);
     void on_change_me(int code);
-    float key() const { return m_outside ? -m_add_factor * m_gain : m_gain * m_del_factor; }
-    void update_key();
+    float add_key() const { return -m_add_factor * m_gain; }
+    float del_key() const { return m_gain * m_del_factor; }
 };
 
 // A variable node. m_gain is the edge part of its margin plus init_gain; the non-edge part is the
