@@ -62,9 +62,7 @@ void BicChangeExpObs::attach(DynBiclust& bic, BicHeap& heap, int node, int heap_
     subscribe(0, *this, &BicChangeExpObs::on_reset);
     subscribe(1, *this, &BicChangeExpObs::on_var_change);
     subscribe(3, *this, &BicChangeExpObs::on_var_change);
-    subscribe(bic.m_change_me[node], *this, &BicChangeExpObs::on_change_me);
-    subscribe(bic.m_exp_add_adj[node], *this, &BicChangeExpObs::on_adj);
-    subscribe(bic.m_exp_del_adj[node], *this, &BicChangeExpObs::on_adj);
+    subscribe_node<CondSide>(*this, node, &BicChangeExpObs::on_change_me, &BicChangeExpObs::on_adj);
 }
 
 void BicChangeExpObs::on_reset(int) {
@@ -101,9 +99,7 @@ void BicChangeVarObs::attach(DynBiclust& bic, BicHeap& heap, int node, int add_h
     m_gain = init_gain;
     m_outside = true;
     subscribe(0, *this, &BicChangeVarObs::on_reset);
-    subscribe(bic.m_change_me[node], *this, &BicChangeVarObs::on_change_me);
-    subscribe(bic.m_var_add_adj[node], *this, &BicChangeVarObs::on_adj);
-    subscribe(bic.m_var_del_adj[node], *this, &BicChangeVarObs::on_adj);
+    subscribe_node<VarSide>(*this, node, &BicChangeVarObs::on_change_me, &BicChangeVarObs::on_adj);
 }
 
 void BicChangeVarObs::on_reset(int) {

@@ -35,6 +35,13 @@ protected:
         const int slot = m_bic->m_dispatch.subscribe(code, makeFunctor((CBFunctor1<int>*)0, obs, handler));
         m_subs.push_back(std::make_pair(code, slot));
     }
+    // Subscribes `obs` to the change of side of `node` and to its neighbours joining and leaving.
+    template <class Side, class T>
+    void subscribe_node(T& obs, int node, void (T::*change_me)(int), void (T::*adj)(int)) {
+        subscribe(m_bic->m_change_me[node], obs, change_me);
+        subscribe(Side::add_adj(*m_bic)[node], obs, adj);
+        subscribe(Side::del_adj(*m_bic)[node], obs, adj);
+    }
     // Insert when absent, change when present.
     void place(int heap, int node, float key);
     void take_out(int heap, int node);

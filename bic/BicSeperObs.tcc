@@ -147,9 +147,7 @@ void SepeObs<Obs, Side, Track>::attach_side(Track* track, int node, float init_g
             subscribe(code, *this, &SepeObs::on_own_change);
         else
             subscribe(code, *this, &SepeObs::on_other_change);
-    subscribe(m_bic->m_change_me[node], *this, &SepeObs::on_change_me);
-    subscribe(Side::add_adj(*m_bic)[node], *this, &SepeObs::on_adj);
-    subscribe(Side::del_adj(*m_bic)[node], *this, &SepeObs::on_adj);
+    subscribe_node<Side>(*this, node, &SepeObs::on_change_me, &SepeObs::on_adj);
 }
 
 template <class Obs, class Side, class Track> float SepeObs<Obs, Side, Track>::contrib(int other) const {

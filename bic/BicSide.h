@@ -37,6 +37,8 @@ struct CondSide {
     // The node (weight key) of this side that the event being raised is about.
     static int cur_node(const DynBiclust& b) { return b.m_cur_exp_node; }
     static int cur_wkey(const DynBiclust& b) { return b.m_cur_exp_node; }
+    // Records `node` as the one the events being raised are about.
+    static void set_current(DynBiclust& b, int node) { b.m_cur_exp_node = node; }
     // Codes of a node of this side for a neighbour joining and leaving.
     static const std::vector<int>& add_adj(const DynBiclust& b) { return b.m_exp_add_adj; }
     static const std::vector<int>& del_adj(const DynBiclust& b) { return b.m_exp_del_adj; }
@@ -71,6 +73,10 @@ struct VarSide {
     static int wkey(const WgtSchemeBase& w, int node) { return w.get_var_node_bin(node); }
     static int cur_node(const DynBiclust& b) { return b.m_cur_var_node; }
     static int cur_wkey(const DynBiclust& b) { return b.m_cur_var_bin; }
+    static void set_current(DynBiclust& b, int node) {
+        b.m_cur_var_bin = b.m_wgt.get_var_node_bin(node);
+        b.m_cur_var_node = node;
+    }
     static const std::vector<int>& add_adj(const DynBiclust& b) { return b.m_var_add_adj; }
     static const std::vector<int>& del_adj(const DynBiclust& b) { return b.m_var_del_adj; }
 

@@ -1,6 +1,7 @@
 // ExpVarBiclust, WeightedVarSet and DynBiclust: running scores, checks, tables and change events.
 #include "DynBiclust.h"
 
+#include "BicSide.h"
 #include "ds/BitVecIter.h"
 #include "error.h"
 
@@ -270,47 +271,33 @@ void DynBiclust::reset() {
 
 void DynBiclust::add_var_node(int node) {
     ExpVarBiclust::add_var_node(node);
-    m_cur_var_bin = m_wgt.get_var_node_bin(node);
-    m_cur_var_node = node;
-    m_dispatch.invoke(1);
-    m_dispatch.invoke(m_change_me[node]);
-    for (m_event_iter->restart(node, GraphBaseEdgeIter::In); !m_event_iter->at_end(); ++*m_event_iter) {
-        m_cur_edge = m_event_iter->edge();
-        m_dispatch.invoke(m_exp_add_adj[m_event_iter->other()]);
-    }
+    announce<VarSide>(node, true);
 }
 
 void DynBiclust::del_var_node(int node) {
     ExpVarBiclust::del_var_node(node);
-    m_cur_var_bin = m_wgt.get_var_node_bin(node);
-    m_cur_var_node = node;
-    m_dispatch.invoke(3);
-    m_dispatch.invoke(m_change_me[node]);
-    for (m_event_iter->restart(node, GraphBaseEdgeIter::In); !m_event_iter->at_end(); ++*m_event_iter) {
-        m_cur_edge = m_event_iter->edge();
-        m_dispatch.invoke(m_exp_del_adj[m_event_iter->other()]);
-    }
+    announce<VarSide>(node, false);
 }
 
 void DynBiclust::add_exp_node(int node) {
     ExpVarBiclust::add_exp_node(node);
-    m_cur_exp_node = node;
-    m_dispatch.invoke(2);
-    m_dispatch.invoke(m_change_me[node]);
-    for (m_event_iter->restart(node, GraphBaseEdgeIter::Out); !m_event_iter->at_end(); ++*m_event_iter) {
-        m_cur_edge = m_event_iter->edge();
-        m_dispatch.invoke(m_var_add_adj[m_event_iter->other()]);
-    }
+    announce<CondSide>(node, true);
 }
 
 void DynBiclust::del_exp_node(int node) {
     ExpVarBiclust::del_exp_node(node);
-    m_cur_exp_node = node;
-    m_dispatch.invoke(4);
+    announce<CondSide>(node, false);
+}
+
+template <class Side> void DynBiclust::announce(int node, bool added) {
+    typedef typename Side::Other Other;
+    Side::set_current(*this, node);
+    m_dispatch.invoke(added ? Side::kAdded : Side::kDeleted);
     m_dispatch.invoke(m_change_me[node]);
-    for (m_event_iter->restart(node, GraphBaseEdgeIter::Out); !m_event_iter->at_end(); ++*m_event_iter) {
+    const std::vector<int>& adj = added ? Other::add_adj(*this) : Other::del_adj(*this);
+    for (m_event_iter->restart(node, Side::kToOther); !m_event_iter->at_end(); ++*m_event_iter) {
         m_cur_edge = m_event_iter->edge();
-        m_dispatch.invoke(m_var_del_adj[m_event_iter->other()]);
+        m_dispatch.invoke(adj[m_event_iter->other()]);
     }
 }
 

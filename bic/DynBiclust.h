@@ -148,6 +148,9 @@ public:
     int m_cur_exp_node;
 
 private:
+    // After a node of `Side` joined (left): sets m_cur_*, raises the side's general code, the node's
+    // own code, then the neighbour code of every node adjacent to it.
+    template <class Side> void announce(int node, bool added);
     // Walks for the neighbour events; observers may walk the bicluster's own iterator meanwhile.
     std::unique_ptr<GraphBaseEdgeIter> m_event_iter;
 };
