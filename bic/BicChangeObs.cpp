@@ -53,16 +53,13 @@ void BicChangeObsBase::restart_entry(int node, int add, int del, float add_key) 
 void BicChangeExpObs::attach(DynBiclust& bic, BicHeap& heap, int node, int heap_idx, float add_factor,
                              float del_factor) {
     bind(bic, &heap);
-    m_node = node;
     m_heap_idx = heap_idx;
     m_add_factor = add_factor;
     m_del_factor = del_factor;
-    m_gain = 0.0f;
-    m_outside = true;
     subscribe(0, *this, &BicChangeExpObs::on_reset);
     subscribe(1, *this, &BicChangeExpObs::on_var_change);
     subscribe(3, *this, &BicChangeExpObs::on_var_change);
-    subscribe_node<CondSide>(*this, node, &BicChangeExpObs::on_change_me, &BicChangeExpObs::on_adj);
+    attach_node<CondSide>(node, 0.0f, *this, &BicChangeExpObs::on_change_me, &BicChangeExpObs::on_adj);
 }
 
 void BicChangeExpObs::on_reset(int) {
@@ -92,14 +89,11 @@ void BicChangeExpObs::on_change_me(int) {
 void BicChangeVarObs::attach(DynBiclust& bic, BicHeap& heap, int node, int add_heap, int del_heap,
                              float init_gain) {
     bind(bic, &heap);
-    m_node = node;
     m_add_heap = add_heap;
     m_del_heap = del_heap;
     m_init_gain = init_gain;
-    m_gain = init_gain;
-    m_outside = true;
     subscribe(0, *this, &BicChangeVarObs::on_reset);
-    subscribe_node<VarSide>(*this, node, &BicChangeVarObs::on_change_me, &BicChangeVarObs::on_adj);
+    attach_node<VarSide>(node, init_gain, *this, &BicChangeVarObs::on_change_me, &BicChangeVarObs::on_adj);
 }
 
 void BicChangeVarObs::on_reset(int) {

@@ -71,21 +71,34 @@ protected:
     std::vector<std::pair<int, int>> m_subs; // (event code, slot)
 };
 
+// What the observers of a single node share: the node, its gain and its side.
+class NodeObs : public BicChangeObsBase {
+public:
+    int m_node = -1;
+    float m_gain = 0.0f;
+    bool m_outside = true;
+
+protected:
+    // After bind: the node, its starting gain, outside, and `obs` subscribed to the node's change of
+    // side and to its neighbours' adds and deletes.
+    template <class Side, class T>
+    void attach_node(int node, float gain, T& obs, void (T::*change_me)(int), void (T::*adj)(int)) {
+        m_node = node;
+        m_gain = gain;
+        m_outside = true;
+        subscribe_node<Side>(obs, node, change_me, adj);
+    }
+};
+
 // A condition node. m_gain is its margin; its key is -add_factor * m_gain while outside (an add
 // move), del_factor * m_gain while inside (a delete move), on one heap for all condition moves.
-class BicChangeExpObs : public BicChangeObsBase {
+class BicChangeExpObs : public NodeObs {
 public:
-    BicChangeExpObs()
-        : m_node(-1), m_heap_idx(-1), m_add_factor(1.0f), m_del_factor(1.0f), m_gain(0.0f), m_outside(true) {}
-
     void attach(DynBiclust& bic, BicHeap& heap, int node, int heap_idx, float add_factor, float del_factor);
 
-    int m_node;
-    int m_heap_idx;
-    float m_add_factor;
-    float m_del_factor;
-    float m_gain;
-    bool m_outside;
+    int m_heap_idx = -1;
+    float m_add_factor = 1.0f;
+    float m_del_factor = 1.0f;
 
 private:
     void on_reset(int code);
@@ -99,19 +112,13 @@ private:
 // A variable node. m_gain is the edge part of its margin plus init_gain; the non-edge part is the
 // same for its whole bin and is the weight of the bin's sub-heaps (BicChangeVarBinObs). Key -m_gain
 // in the bin's add heap while outside, m_gain in its delete heap while inside.
-class BicChangeVarObs : public BicChangeObsBase {
+class BicChangeVarObs : public NodeObs {
 public:
-    BicChangeVarObs()
-        : m_node(-1), m_add_heap(-1), m_del_heap(-1), m_init_gain(0.0f), m_gain(0.0f), m_outside(true) {}
-
     void attach(DynBiclust& bic, BicHeap& heap, int node, int add_heap, int del_heap, float init_gain);
 
-    int m_node;
-    int m_add_heap;
-    int m_del_heap;
-    float m_init_gain;
-    float m_gain;
-    bool m_outside;
+    int m_add_heap = -1;
+    int m_del_heap = -1;
+    float m_init_gain = 0.0f;
 
 private:
     void on_reset(int code);

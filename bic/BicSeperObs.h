@@ -135,17 +135,14 @@ public:
 // m_min_contrib and m_max_contrib (over all nodes of the other side) end the scans of the sorted
 // lists early. `Obs` gives the node's weight key (wkey), its heaps (add_heap, del_heap) and the keys
 // of a separation change (add_key, del_key).
-template <class Obs, class Side, class Track> class SepeObs : public BicChangeObsBase {
+template <class Obs, class Side, class Track> class SepeObs : public NodeObs {
 public:
     // The separation with the node in (out), and its key in the heap.
     void recalc_outside();
     void recalc_inside();
 
     Track* m_track = nullptr;
-    int m_node = -1;
     float m_init_gain = 0.0f;
-    float m_gain = 0.0f;
-    bool m_outside = true;
     float m_min_contrib = 0.0f;
     float m_max_contrib = 0.0f;
     float m_delta = 0.0f;

@@ -120,11 +120,9 @@ template <class Obs, class Side, class Track>
 void SepeObs<Obs, Side, Track>::attach_side(Track* track, int node, float init_gain, bool debug) {
     using float_ratio::kMaxFloat;
     typedef typename Side::Other Other;
+    attach_node<Side>(node, init_gain, *this, &SepeObs::on_change_me, &SepeObs::on_adj);
     m_track = track;
-    m_node = node;
     m_init_gain = init_gain;
-    m_gain = init_gain;
-    m_outside = true;
     m_debug = debug;
     m_delta = 0.0f;
     const ExpVarGraphBase& g = m_bic->m_graph;
@@ -147,7 +145,6 @@ void SepeObs<Obs, Side, Track>::attach_side(Track* track, int node, float init_g
             subscribe(code, *this, &SepeObs::on_own_change);
         else
             subscribe(code, *this, &SepeObs::on_other_change);
-    subscribe_node<Side>(*this, node, &SepeObs::on_change_me, &SepeObs::on_adj);
 }
 
 template <class Obs, class Side, class Track> float SepeObs<Obs, Side, Track>::contrib(int other) const {

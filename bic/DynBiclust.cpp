@@ -72,57 +72,54 @@ void ExpVarBiclust::reset() {
 void ExpVarBiclust::add_exp_node(int node) {
     if (m_exps.get_ind(node))
         VESK_FATAL(kSrc, "Trying to multiply add the exp node " << node << " to the nbicluster");
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::Out); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_vars.get_ind(m_edge_iter->other()))
-            m_score += m_wgt.get_edge_cnc(m_edge_iter->edge());
-    for (int b = 0; b < bins_num(); ++b) {
-        const float w = m_wgt.get_non_edge_exp_weight(node, b);
-        if (m_bin_count[b] != 0)
-            m_score += w * static_cast<float>(m_bin_count[b]);
-        m_exp_bin_sum[b] += w;
-    }
+    move_exp(node, 1.0f);
     m_exps.set_ind(node);
 }
 
 void ExpVarBiclust::del_exp_node(int node) {
     if (!m_exps.get_ind(node))
         VESK_FATAL(kSrc, "Trying to delete non existing bic exp node " << node << " from the bicluster");
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::Out); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_vars.get_ind(m_edge_iter->other()))
-            m_score -= m_wgt.get_edge_cnc(m_edge_iter->edge());
-    for (int b = 0; b < bins_num(); ++b) {
-        const float w = m_wgt.get_non_edge_exp_weight(node, b);
-        if (m_bin_count[b] != 0)
-            m_score -= w * static_cast<float>(m_bin_count[b]);
-        m_exp_bin_sum[b] -= w;
-    }
+    move_exp(node, -1.0f);
     m_exps.clr_ind(node);
 }
 
 void ExpVarBiclust::add_var_node(int node) {
     if (m_vars.get_ind(node))
         VESK_FATAL(kSrc, "Trying to multiply add the node " << node << " to the nbicluster");
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::In); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_exps.get_ind(m_edge_iter->other()))
-            m_score += m_wgt.get_edge_cnc(m_edge_iter->edge());
-    const int bin = m_wgt.get_var_node_bin(node);
-    m_score += m_exp_bin_sum[bin];
-    ++m_bin_count[bin];
-    m_score += m_wgt.get_var_node_weight(node);
+    move_var(node, 1.0f);
     m_vars.set_ind(node);
 }
 
 void ExpVarBiclust::del_var_node(int node) {
     if (!m_vars.get_ind(node))
         VESK_FATAL(kSrc, "Trying delete non existent node " << node << " from the bic");
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::In); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_exps.get_ind(m_edge_iter->other()))
-            m_score -= m_wgt.get_edge_cnc(m_edge_iter->edge());
-    const int bin = m_wgt.get_var_node_bin(node);
-    m_score -= m_exp_bin_sum[bin];
-    --m_bin_count[bin];
-    m_score -= m_wgt.get_var_node_weight(node);
+    move_var(node, -1.0f);
     m_vars.clr_ind(node);
+}
+
+void ExpVarBiclust::add_edge_cnc(float& acc, int node, GraphBaseEdgeIter::Direction dir,
+                                 const ds_bitvec& others, float sign) const {
+    for (m_edge_iter->restart(node, dir); !m_edge_iter->at_end(); ++*m_edge_iter)
+        if (others.get_ind(m_edge_iter->other()))
+            acc += sign * m_wgt.get_edge_cnc(m_edge_iter->edge());
+}
+
+void ExpVarBiclust::move_exp(int node, float sign) {
+    add_edge_cnc(m_score, node, GraphBaseEdgeIter::Out, m_vars, sign);
+    for (int b = 0; b < bins_num(); ++b) {
+        const float w = m_wgt.get_non_edge_exp_weight(node, b);
+        if (m_bin_count[b] != 0)
+            m_score += sign * (w * static_cast<float>(m_bin_count[b]));
+        m_exp_bin_sum[b] += sign * w;
+    }
+}
+
+void ExpVarBiclust::move_var(int node, float sign) {
+    add_edge_cnc(m_score, node, GraphBaseEdgeIter::In, m_exps, sign);
+    const int bin = m_wgt.get_var_node_bin(node);
+    m_score += sign * m_exp_bin_sum[bin];
+    m_bin_count[bin] += sign > 0.0f ? 1 : -1;
+    m_score += sign * m_wgt.get_var_node_weight(node);
 }
 
 void ExpVarBiclust::init(float weight, const std::set<int>& vars, const ds_bitvec& exps) {
@@ -162,9 +159,7 @@ void ExpVarBiclust::get_vars_set(ds_bitvec& out) const {
 
 float ExpVarBiclust::get_exp_margin(int node) const {
     float m = 0.0f;
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::Out); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_vars.get_ind(m_edge_iter->other()))
-            m += m_wgt.get_edge_cnc(m_edge_iter->edge());
+    add_edge_cnc(m, node, GraphBaseEdgeIter::Out, m_vars, 1.0f);
     for (int b = 0; b < bins_num(); ++b)
         if (m_bin_count[b] != 0)
             m += m_wgt.get_non_edge_exp_weight(node, b) * static_cast<float>(m_bin_count[b]);
@@ -173,9 +168,7 @@ float ExpVarBiclust::get_exp_margin(int node) const {
 
 float ExpVarBiclust::get_var_margin(int node) const {
     float m = 0.0f;
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::In); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_exps.get_ind(m_edge_iter->other()))
-            m += m_wgt.get_edge_cnc(m_edge_iter->edge());
+    add_edge_cnc(m, node, GraphBaseEdgeIter::In, m_exps, 1.0f);
     return m + m_exp_bin_sum[m_wgt.get_var_node_bin(node)];
 }
 

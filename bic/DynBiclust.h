@@ -96,6 +96,13 @@ public:
     std::unique_ptr<GraphBaseEdgeIter> m_edge_iter;
 
 private:
+    // Adds sign * get_edge_cnc of every edge of `node`, walked in `dir`, whose other end is in
+    // `others` to `acc`, edge by edge.
+    void add_edge_cnc(float& acc, int node, GraphBaseEdgeIter::Direction dir, const ds_bitvec& others,
+                      float sign) const;
+    // The score and the sums with a node joining (sign 1) or leaving (sign -1).
+    void move_exp(int node, float sign);
+    void move_var(int node, float sign);
     // The body of init. With `own` it goes through this class's operations rather than the
     // overrides, as the constructor must: no virtual call is made while a derived part is unbuilt.
     void load(float weight, const std::set<int>& vars, const ds_bitvec& exps, bool own);
