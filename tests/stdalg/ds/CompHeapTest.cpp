@@ -66,8 +66,8 @@ TEST(CompHeap, KeysAtTheLargestFloatAreNeverPicked) {
     EXPECT_EQ(c.get_min_heap(), 0);
 }
 
-// The reference gets the sub-heap's key in its own type, and the weight is added to that.
-TEST(CompHeap, WeightIsAddedInTheReferenceType) {
+// Peeking, the reference gets the sub-heap's key in its own type, and the weight is added to that.
+TEST(CompHeap, PeekAddsTheWeightInTheReferenceType) {
     Comp c;
     c.insert(0, 1, 2.7);
     c.set_subheap_wgt(0, 0.5f);
@@ -78,7 +78,7 @@ TEST(CompHeap, WeightIsAddedInTheReferenceType) {
     EXPECT_EQ(i, 2); // trunc(2.7) = 2, then trunc(2 + 0.5)
     EXPECT_EQ(c.peek_min(f), 1);
     EXPECT_EQ(f, static_cast<float>(2.7) + 0.5f);
-    EXPECT_EQ(c.extract_min(d), 1);
+    EXPECT_EQ(c.peek_min(d), 1);
     EXPECT_EQ(d, 2.7 + 0.5);
 }
 
