@@ -1,5 +1,6 @@
 // AllVarSeperTrack, AllCondSeperTrack and the separation observers of conditions and variables.
 #include "BicSeperObs.h"
+#include "BicSeperObs.tcc"
 
 bool VarTracker::operator<(const VarTracker& o) const {
     return m_track->score(m_node) < o.m_track->score(o.m_node);

@@ -199,8 +199,8 @@ public:
     int m_del_heap = -1;
 };
 
-#include "BicSeperObs.tcc"
-
+// The bodies are in BicSeperObs.tcc, instantiated for these sides in BicSeperObs.cpp; a file that
+// adds a side includes the .tcc and instantiates its own.
 extern template class SeperTrack<VarSide>;
 extern template class SeperTrack<CondSide>;
 extern template class SepeObs<BicChangeExpSepeObs, CondSide, AllVarSeperTrack>;

@@ -2,6 +2,7 @@
 #ifndef VESK_BIC_BICSEPEROBS_TCC
 #define VESK_BIC_BICSEPEROBS_TCC
 
+#include "BicSeperObs.h"
 #include "FloatRatio.h"
 #include "error.h"
 
