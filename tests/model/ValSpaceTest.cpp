@@ -58,8 +58,9 @@ TYPED_TEST_SUITE(ValSpaceContract, ProbSpaces);
 } // namespace
 
 // Every state lies in range, every probability in [0, 1], and no state is likelier than the state
-// of the value (all may be 0 where no state function reaches). The values sit in the middle of the tabulation bins (0.5 wide from -2 or -1), away
-// from the bin edges where the state and the probability row are looked up by different roundings.
+// of the value (all may be 0 where no state function reaches). The values sit in the middle of the
+// tabulation bins (0.5 wide from -2 or -1), away from the bin edges where the state and the
+// probability row are looked up by different roundings.
 TYPED_TEST(ValSpaceContract, StatesInRangeAndProbabilitiesAgreeWithTheState) {
     const std::unique_ptr<ValSpaceBase> vs(TypeParam::make());
     for (float v = -5.75f; v < 6.0f; v += 0.5f) {
