@@ -27,7 +27,8 @@ inline ValSpaceProb* synth_space() {
         down.init({-2.0f, -0.5f}, {1.0f, 0.0f});
         flat.init({-1.0f, 0.0f, 1.0f}, {0.0f, 1.0f, 0.0f});
         up.init({0.5f, 2.0f}, {0.0f, 1.0f});
-        vs = new ValSpaceProb(*new options, "", true);
+        static options none;
+        vs = new ValSpaceProb(none, "", true);
         vs->init({&down, &flat, &up}, -4.0f, 1.0f, 4.0f, 0.01f, 0);
     }
     return vs;
