@@ -21,6 +21,21 @@ void trim_trailing_blanks(std::string& s) {
     s.erase(p == std::string::npos ? 0 : p + 1);
 }
 
+// One array item: a number, or a whole line for a string.
+void read_item(std::istream& in, int& x) { in >> x; }
+void read_item(std::istream& in, float& x) { in >> x; }
+void read_item(std::istream& in, std::string& x) { std::getline(in, x); }
+
+// `size` items (none for a size below 1) into a new array stored under `key`.
+template <class T>
+void read_items(std::istream& in, int size, std::map<std::string, std::vector<T>*>& arrays,
+                const std::string& key) {
+    std::vector<T>* v = new std::vector<T>(size > 0 ? size : 0);
+    for (int i = 0; i < size; ++i)
+        read_item(in, (*v)[i]);
+    arrays[key] = v;
+}
+
 } // namespace
 
 options::options() : m_verbose(false) {}
@@ -80,43 +95,40 @@ bool options::is_array_line(std::string& line, std::istream& in) {
     if (m_verbose)
         std::cerr << "array " << m_cur_name << " type " << type << " size " << size_text << std::endl;
 
-    const std::string key = key_of(m_cur_name);
-    if (type == "i") {
-        std::vector<int>* v = new std::vector<int>(size > 0 ? size : 0, 0);
-        for (int i = 0; i < size; ++i)
-            in >> (*v)[i];
-        m_opt_ints[key] = v;
-    } else if (type == "f") {
-        std::vector<float>* v = new std::vector<float>(size > 0 ? size : 0, 0.0f);
-        for (int i = 0; i < size; ++i)
-            in >> (*v)[i];
-        m_opt_floats[key] = v;
-    } else if (type == "s") {
-        std::vector<std::string>* v = new std::vector<std::string>(size > 0 ? size : 0);
-        for (int i = 0; i < size; ++i)
-            std::getline(in, (*v)[i]);
-        m_opt_strs[key] = v;
-    } else {
-        VESK_FATAL(kSrc, "Bad array type " << type << " for name " << m_cur_name);
-    }
+    read_array_items(type, size, in);
+    read_array_close(size, in);
+    if (m_verbose)
+        std::cerr << "out of array read" << std::endl;
+    return true;
+}
 
+void options::read_array_items(const std::string& type, int size, std::istream& in) {
+    const std::string key = key_of(m_cur_name);
+    if (type == "i")
+        read_items(in, size, m_opt_ints, key);
+    else if (type == "f")
+        read_items(in, size, m_opt_floats, key);
+    else if (type == "s")
+        read_items(in, size, m_opt_strs, key);
+    else
+        VESK_FATAL(kSrc, "Bad array type " << type << " for name " << m_cur_name);
+}
+
+void options::read_array_close(int size, std::istream& in) {
     // The closing line must begin with "}"; for numeric items one extra line is read first
     // to skip the rest of the last item's line.
     std::string closing;
     std::getline(in, closing);
-    if (closing.empty() || closing[0] != '}') {
-        bool closed = false;
-        if (size != 0) {
-            closing.clear();
-            std::getline(in, closing);
-            closed = !closing.empty() && closing[0] == '}';
-        }
-        if (!closed)
-            VESK_FATAL(kSrc, "After array items, line is " << closing);
+    if (!closing.empty() && closing[0] == '}')
+        return;
+    bool closed = false;
+    if (size != 0) {
+        closing.clear();
+        std::getline(in, closing);
+        closed = !closing.empty() && closing[0] == '}';
     }
-    if (m_verbose)
-        std::cerr << "out of array read" << std::endl;
-    return true;
+    if (!closed)
+        VESK_FATAL(kSrc, "After array items, line is " << closing);
 }
 
 bool options::is_option_line(std::string& line) {

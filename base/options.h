@@ -39,6 +39,9 @@ private:
     bool is_scope_line(std::string& line);
     bool get_option_name(std::string& line);
     bool is_array_line(std::string& line, std::istream& in);
+    // The steps of is_array_line after its header: the items of the array, then its closing line.
+    void read_array_items(const std::string& type, int size, std::istream& in);
+    void read_array_close(int size, std::istream& in);
     bool is_option_line(std::string& line);
 
     std::string key_of(const std::string& name) const { return m_cur_scope + "::" + name; }

@@ -27,59 +27,61 @@ void BicChangeObsBase::take_out(int heap, int node) {
         m_heap->remove(heap, node);
 }
 
+void BicChangeObsBase::rekey(int heap, int node, float key) {
+    if (m_heap->is_used(heap, node))
+        m_heap->change(heap, node, key);
+}
+
+void BicChangeObsBase::switch_side(int node, bool inside, int add, int del, float add_key, float del_key) {
+    if (inside) {
+        take_out(add, node);
+        m_heap->insert(del, node, del_key);
+    } else {
+        take_out(del, node);
+        m_heap->insert(add, node, add_key);
+    }
+}
+
+void BicChangeObsBase::restart_entry(int node, int add, int del, float add_key) {
+    take_out(add, node);
+    take_out(del, node);
+    m_heap->insert(add, node, add_key);
+}
+
 // ---- BicChangeExpObs
 
 void BicChangeExpObs::attach(DynBiclust& bic, BicHeap& heap, int node, int heap_idx, float add_factor,
                              float del_factor) {
     bind(bic, &heap);
-    m_node = node;
     m_heap_idx = heap_idx;
     m_add_factor = add_factor;
     m_del_factor = del_factor;
-    m_gain = 0.0f;
-    m_outside = true;
     subscribe(0, *this, &BicChangeExpObs::on_reset);
     subscribe(1, *this, &BicChangeExpObs::on_var_change);
     subscribe(3, *this, &BicChangeExpObs::on_var_change);
-    subscribe(bic.m_change_me[node], *this, &BicChangeExpObs::on_change_me);
-    subscribe(bic.m_exp_add_adj[node], *this, &BicChangeExpObs::on_adj);
-    subscribe(bic.m_exp_del_adj[node], *this, &BicChangeExpObs::on_adj);
-}
-
-void BicChangeExpObs::update_key() {
-    if (m_heap->is_used(m_heap_idx, m_node))
-        m_heap->change(m_heap_idx, m_node, key());
+    attach_node<CondSide>(node, 0.0f, *this, &BicChangeExpObs::on_change_me, &BicChangeExpObs::on_adj);
 }
 
 void BicChangeExpObs::on_reset(int) {
     m_gain = 0.0f;
     m_outside = true;
-    take_out(m_heap_idx, m_node);
-    m_heap->insert(m_heap_idx, m_node, -m_gain);
+    // The fresh entry's key carries no factor.
+    restart_entry(m_node, m_heap_idx, m_heap_idx, -m_gain);
 }
 
 void BicChangeExpObs::on_var_change(int code) {
-    const float w = m_wgt->get_non_edge_exp_weight(m_node, m_bic->m_cur_var_bin);
-    if (code == 1)
-        m_gain += w;
-    else
-        m_gain -= w;
-    update_key();
+    m_gain += other_step<CondSide>(m_node, code);
+    rekey(m_heap_idx, m_node, m_outside ? add_key() : del_key());
 }
 
 void BicChangeExpObs::on_adj(int code) {
-    const float w = m_wgt->get_edge_cnc(m_bic->m_cur_edge);
-    if (code == m_bic->m_exp_add_adj[m_node])
-        m_gain += w;
-    else
-        m_gain -= w;
-    update_key();
+    m_gain += adj_step<CondSide>(m_node, code);
+    rekey(m_heap_idx, m_node, m_outside ? add_key() : del_key());
 }
 
 void BicChangeExpObs::on_change_me(int) {
-    take_out(m_heap_idx, m_node);
     m_outside = !m_bic->m_exps.get_ind(m_node);
-    m_heap->insert(m_heap_idx, m_node, key());
+    switch_side(m_node, !m_outside, m_heap_idx, m_heap_idx, add_key(), del_key());
 }
 
 // ---- BicChangeVarObs
@@ -87,50 +89,30 @@ void BicChangeExpObs::on_change_me(int) {
 void BicChangeVarObs::attach(DynBiclust& bic, BicHeap& heap, int node, int add_heap, int del_heap,
                              float init_gain) {
     bind(bic, &heap);
-    m_node = node;
     m_add_heap = add_heap;
     m_del_heap = del_heap;
     m_init_gain = init_gain;
-    m_gain = init_gain;
-    m_outside = true;
     subscribe(0, *this, &BicChangeVarObs::on_reset);
-    subscribe(bic.m_change_me[node], *this, &BicChangeVarObs::on_change_me);
-    subscribe(bic.m_var_add_adj[node], *this, &BicChangeVarObs::on_adj);
-    subscribe(bic.m_var_del_adj[node], *this, &BicChangeVarObs::on_adj);
+    attach_node<VarSide>(node, init_gain, *this, &BicChangeVarObs::on_change_me, &BicChangeVarObs::on_adj);
 }
 
 void BicChangeVarObs::on_reset(int) {
     m_gain = m_init_gain;
     m_outside = true;
-    take_out(m_add_heap, m_node);
-    take_out(m_del_heap, m_node);
-    m_heap->insert(m_add_heap, m_node, -m_gain);
+    restart_entry(m_node, m_add_heap, m_del_heap, -m_gain);
 }
 
 void BicChangeVarObs::on_adj(int code) {
-    const float w = m_wgt->get_edge_cnc(m_bic->m_cur_edge);
-    if (code == m_bic->m_var_add_adj[m_node])
-        m_gain += w;
+    m_gain += adj_step<VarSide>(m_node, code);
+    if (m_outside)
+        rekey(m_add_heap, m_node, -m_gain);
     else
-        m_gain -= w;
-    if (m_outside) {
-        if (m_heap->is_used(m_add_heap, m_node))
-            m_heap->change(m_add_heap, m_node, -m_gain);
-    } else if (m_heap->is_used(m_del_heap, m_node)) {
-        m_heap->change(m_del_heap, m_node, m_gain);
-    }
+        rekey(m_del_heap, m_node, m_gain);
 }
 
 void BicChangeVarObs::on_change_me(int) {
-    if (m_bic->m_vars.get_ind(m_node)) {
-        take_out(m_add_heap, m_node);
-        m_outside = false;
-        m_heap->insert(m_del_heap, m_node, m_gain);
-    } else {
-        take_out(m_del_heap, m_node);
-        m_outside = true;
-        m_heap->insert(m_add_heap, m_node, -m_gain);
-    }
+    m_outside = !m_bic->m_vars.get_ind(m_node);
+    switch_side(m_node, !m_outside, m_add_heap, m_del_heap, -m_gain, m_gain);
 }
 
 // ---- BicChangeVarBinObs
@@ -157,10 +139,6 @@ void BicChangeVarBinObs::on_reset(int) {
 }
 
 void BicChangeVarBinObs::on_exp_change(int code) {
-    const float w = m_wgt->get_non_edge_exp_weight(m_bic->m_cur_exp_node, m_bin);
-    if (code == 2)
-        m_gain += w;
-    else
-        m_gain -= w;
+    m_gain += other_step<VarSide>(m_bin, code);
     set_weights();
 }

@@ -163,18 +163,23 @@ void BicGreedyOpt::grow(ExpVarBiclust& bic) {
     }
     m_moves = 0;
     m_drops = 0;
+    // Sized to cover every id that has a node, also in graphs built by hand.
+    ds_bitvec used_exp(std::max(m_graph.m_exp_num, m_graph.m_exp_group_nodes.cols()));
+    ds_bitvec used_var(std::max(m_graph.m_var_num, m_graph.m_var_group_nodes.cols()));
+    take_kernel(bic, used_exp, used_var);
+    walk(used_exp, used_var);
+    bic.ExpVarBiclust::operator=(m_bic);
+    std::cerr << "done greedy weight = " << m_bic.m_score << " v size " << m_bic.m_vars.on_bits()
+              << std::endl;
+}
+
+void BicGreedyOpt::take_kernel(ExpVarBiclust& bic, ds_bitvec& used_exp, ds_bitvec& used_var) {
     m_init_exps = bic.m_exps;
     m_init_vars = bic.m_vars;
-
     // One condition or variable stands in one orientation only.
-    // Sized to cover every id that has a node, also in graphs built by hand.
-    const int exp_ids = std::max(m_graph.m_exp_num, m_graph.m_exp_group_nodes.cols());
-    const int var_ids = std::max(m_graph.m_var_num, m_graph.m_var_group_nodes.cols());
-    ds_bitvec used_exp(exp_ids);
-    ds_bitvec used_var(var_ids);
     for (ds_bitvec_iter e(m_init_exps); e; ++e)
         used_exp.set_ind(m_graph.node_exp(e));
-    std::vector<int> last_group(var_ids, -1), last_node(var_ids, -1);
+    std::vector<int> last_group(used_var.size(), -1), last_node(used_var.size(), -1);
     for (ds_bitvec_iter it(m_init_vars); it; ++it) {
         const int node = it;
         const int v = m_graph.node_var(node);
@@ -192,11 +197,12 @@ void BicGreedyOpt::grow(ExpVarBiclust& bic) {
     }
     m_init_exps = bic.m_exps;
     m_init_vars = bic.m_vars;
-
     m_heap.reset(-1);
     m_bic.set_to_bic(bic);
-    float prev = get_cur_score();
+}
 
+void BicGreedyOpt::walk(ds_bitvec& used_exp, ds_bitvec& used_var) {
+    float prev = get_cur_score();
     for (;;) {
         if (m_debug && !m_bic.verify())
             VESK_FATAL(kSrc, "ERROR");
@@ -206,85 +212,68 @@ void BicGreedyOpt::grow(ExpVarBiclust& bic) {
             break;
         if (m_debug)
             std::cerr << "greedy node " << node << " gain " << -key;
-        if (!m_graph.is_exp_node(node)) {
-            const bool in = m_bic.m_vars.get_ind(node);
-            const int v = m_graph.node_var(node);
-            if (used_var.get_ind(v) && !in) {
-                if (m_debug)
-                    std::cerr << " var used" << std::endl;
-                ++m_drops;
-                continue;
-            }
-            if (!m_can_del_init_exp && m_check_score && var_will_turn_foc_exp_bad(node, in)) {
-                if (m_debug)
-                    std::cerr << " will turn bad" << std::endl;
-                ++m_drops;
-                continue;
-            }
-            if (in) {
-                if (!m_can_del_init_var && m_init_vars.get_ind(node))
-                    VESK_FATAL(kSrc, "Trying to delete freezed init var node " << node);
-                m_bic.del_var_node(node);
-                used_var.clr_ind(v);
-            } else {
-                m_bic.add_var_node(node);
-                used_var.set_ind(v);
-            }
-        } else {
-            const bool in = m_bic.m_exps.get_ind(node);
-            const int e = m_graph.node_exp(node);
-            if (used_exp.get_ind(e) && !in) {
-                if (m_debug)
-                    std::cerr << " exp used" << std::endl;
-                ++m_drops;
-                continue;
-            }
-            if (in && !m_can_del_exp) {
-                if (m_debug)
-                    std::cerr << " shouln't del exp" << std::endl;
-                ++m_drops;
-                continue;
-            }
-            if (!in && !m_can_add_exp) {
-                if (m_debug)
-                    std::cerr << " shouln't add exp" << std::endl;
-                ++m_drops;
-                continue;
-            }
-            if (!m_can_del_init_var && exp_will_turn_foc_var_bad(node, in)) {
-                if (m_debug)
-                    std::cerr << " will turn bad" << std::endl;
-                ++m_drops;
-                continue;
-            }
-            if (!in) {
-                m_bic.add_exp_node(node);
-                used_exp.set_ind(e);
-            } else {
-                if (!m_can_del_init_exp && m_init_exps.get_ind(node)) {
-                    if (m_check_score)
-                        VESK_FATAL(kSrc, "Trying to delete freezed init exp node " << node);
-                    ++m_drops;
-                    continue;
-                }
-                m_bic.del_exp_node(node);
-                used_exp.clr_ind(e);
-            }
-        }
+        const bool is_exp = m_graph.is_exp_node(node);
+        if (!(is_exp ? try_move<CondSide>(node, used_exp, " exp used")
+                     : try_move<VarSide>(node, used_var, " var used")))
+            continue;
         ++m_moves;
         if (m_debug)
             std::cerr << " moved, score " << m_bic.m_score << std::endl;
         const float cur = get_cur_score();
-        if (m_verify_gain && m_graph.is_exp_node(node)) {
+        if (m_verify_gain && is_exp) {
             const float r = prev / cur;
             if (r >= 0.0f && (r >= 1.001f || prev <= 0.0f) && (r <= 0.999f || prev >= 0.0f))
                 VESK_FATAL(kSrc, "Greedy made things worse" << prev << " " << cur);
         }
         prev = cur;
     }
-    bic.ExpVarBiclust::operator=(m_bic);
-    std::cerr << "done greedy weight = " << m_bic.m_score << " v size " << m_bic.m_vars.on_bits()
-              << std::endl;
+}
+
+bool BicGreedyOpt::refuse(const char* why) {
+    if (m_debug && why)
+        std::cerr << why << std::endl;
+    ++m_drops;
+    return false;
+}
+
+template <class Side> bool BicGreedyOpt::try_move(int node, ds_bitvec& used, const char* used_text) {
+    const bool in = Side::members(m_bic).get_ind(node);
+    const int id = Side::id_of(m_graph, node);
+    if (used.get_ind(id) && !in)
+        return refuse(used_text);
+    if (!move_allowed(Side(), node, in))
+        return false;
+    if (in) {
+        Side::del(m_bic, node);
+        used.clr_ind(id);
+    } else {
+        Side::add(m_bic, node);
+        used.set_ind(id);
+    }
+    return true;
+}
+
+bool BicGreedyOpt::move_allowed(VarSide, int node, bool in) {
+    if (!m_can_del_init_exp && m_check_score && var_will_turn_foc_exp_bad(node, in))
+        return refuse(" will turn bad");
+    if (in && !m_can_del_init_var && m_init_vars.get_ind(node))
+        VESK_FATAL(kSrc, "Trying to delete freezed init var node " << node);
+    return true;
+}
+
+bool BicGreedyOpt::move_allowed(CondSide, int node, bool in) {
+    if (in && !m_can_del_exp)
+        return refuse(" shouln't del exp");
+    if (!in && !m_can_add_exp)
+        return refuse(" shouln't add exp");
+    if (!m_can_del_init_var && exp_will_turn_foc_var_bad(node, in))
+        return refuse(" will turn bad");
+    if (in && !m_can_del_init_exp && m_init_exps.get_ind(node)) {
+        if (m_check_score)
+            VESK_FATAL(kSrc, "Trying to delete freezed init exp node " << node);
+        return refuse(nullptr);
+    }
+    return true;
 }
 
 // ---- BicSeperGreedy

@@ -84,6 +84,19 @@ protected:
     // Would the move of condition `node` make the margin of a seed variable negative?
     bool exp_will_turn_foc_var_bad(int node, bool in);
     int bins_num() const { return m_wgt.get_var_nodes_bins().m_bin_num; }
+
+    // The steps of grow. take_kernel records the seed, keeps one node per variable id (of two, the
+    // one of the lower non-zero group), marks the ids in use and loads the seed; walk takes the best
+    // move while it gains.
+    void take_kernel(ExpVarBiclust& bic, ds_bitvec& used_exp, ds_bitvec& used_var);
+    void walk(ds_bitvec& used_exp, ds_bitvec& used_var);
+    // Makes the move of `node` unless a rule refuses it: its id already in use by another node
+    // (`used_text` is the trace), or the side's own rules.
+    template <class Side> bool try_move(int node, ds_bitvec& used, const char* used_text);
+    bool move_allowed(VarSide, int node, bool in);
+    bool move_allowed(CondSide, int node, bool in);
+    // Counts a refused move, tracing `why` if given; false.
+    bool refuse(const char* why);
 };
 
 // Maximises the gap between the smallest margin of a condition inside and the largest of a condition

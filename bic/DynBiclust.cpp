@@ -1,6 +1,7 @@
 // ExpVarBiclust, WeightedVarSet and DynBiclust: running scores, checks, tables and change events.
 #include "DynBiclust.h"
 
+#include "BicSide.h"
 #include "ds/BitVecIter.h"
 #include "error.h"
 
@@ -39,7 +40,7 @@ ExpVarBiclust::ExpVarBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt)
 ExpVarBiclust::ExpVarBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt, WeightedVarSet& vars,
                              const ds_bitvec& exps)
     : ExpVarBiclust(graph, wgt) {
-    init(vars.m_weight, vars.get_set(), exps);
+    load(vars.m_weight, vars.get_set(), exps, true);
 }
 
 ExpVarBiclust::ExpVarBiclust(const ExpVarBiclust& src)
@@ -71,66 +72,76 @@ void ExpVarBiclust::reset() {
 void ExpVarBiclust::add_exp_node(int node) {
     if (m_exps.get_ind(node))
         VESK_FATAL(kSrc, "Trying to multiply add the exp node " << node << " to the nbicluster");
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::Out); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_vars.get_ind(m_edge_iter->other()))
-            m_score += m_wgt.get_edge_cnc(m_edge_iter->edge());
-    for (int b = 0; b < bins_num(); ++b) {
-        const float w = m_wgt.get_non_edge_exp_weight(node, b);
-        if (m_bin_count[b] != 0)
-            m_score += w * static_cast<float>(m_bin_count[b]);
-        m_exp_bin_sum[b] += w;
-    }
+    move_exp(node, 1.0f);
     m_exps.set_ind(node);
 }
 
 void ExpVarBiclust::del_exp_node(int node) {
     if (!m_exps.get_ind(node))
         VESK_FATAL(kSrc, "Trying to delete non existing bic exp node " << node << " from the bicluster");
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::Out); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_vars.get_ind(m_edge_iter->other()))
-            m_score -= m_wgt.get_edge_cnc(m_edge_iter->edge());
-    for (int b = 0; b < bins_num(); ++b) {
-        const float w = m_wgt.get_non_edge_exp_weight(node, b);
-        if (m_bin_count[b] != 0)
-            m_score -= w * static_cast<float>(m_bin_count[b]);
-        m_exp_bin_sum[b] -= w;
-    }
+    move_exp(node, -1.0f);
     m_exps.clr_ind(node);
 }
 
 void ExpVarBiclust::add_var_node(int node) {
     if (m_vars.get_ind(node))
         VESK_FATAL(kSrc, "Trying to multiply add the node " << node << " to the nbicluster");
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::In); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_exps.get_ind(m_edge_iter->other()))
-            m_score += m_wgt.get_edge_cnc(m_edge_iter->edge());
-    const int bin = m_wgt.get_var_node_bin(node);
-    m_score += m_exp_bin_sum[bin];
-    ++m_bin_count[bin];
-    m_score += m_wgt.get_var_node_weight(node);
+    move_var(node, 1.0f);
     m_vars.set_ind(node);
 }
 
 void ExpVarBiclust::del_var_node(int node) {
     if (!m_vars.get_ind(node))
         VESK_FATAL(kSrc, "Trying delete non existent node " << node << " from the bic");
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::In); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_exps.get_ind(m_edge_iter->other()))
-            m_score -= m_wgt.get_edge_cnc(m_edge_iter->edge());
-    const int bin = m_wgt.get_var_node_bin(node);
-    m_score -= m_exp_bin_sum[bin];
-    --m_bin_count[bin];
-    m_score -= m_wgt.get_var_node_weight(node);
+    move_var(node, -1.0f);
     m_vars.clr_ind(node);
 }
 
+void ExpVarBiclust::add_edge_cnc(float& acc, int node, GraphBaseEdgeIter::Direction dir,
+                                 const ds_bitvec& others, float sign) const {
+    for (m_edge_iter->restart(node, dir); !m_edge_iter->at_end(); ++*m_edge_iter)
+        if (others.get_ind(m_edge_iter->other()))
+            acc += sign * m_wgt.get_edge_cnc(m_edge_iter->edge());
+}
+
+void ExpVarBiclust::move_exp(int node, float sign) {
+    add_edge_cnc(m_score, node, GraphBaseEdgeIter::Out, m_vars, sign);
+    for (int b = 0; b < bins_num(); ++b) {
+        const float w = m_wgt.get_non_edge_exp_weight(node, b);
+        if (m_bin_count[b] != 0)
+            m_score += sign * (w * static_cast<float>(m_bin_count[b]));
+        m_exp_bin_sum[b] += sign * w;
+    }
+}
+
+void ExpVarBiclust::move_var(int node, float sign) {
+    add_edge_cnc(m_score, node, GraphBaseEdgeIter::In, m_exps, sign);
+    const int bin = m_wgt.get_var_node_bin(node);
+    m_score += sign * m_exp_bin_sum[bin];
+    m_bin_count[bin] += sign > 0.0f ? 1 : -1;
+    m_score += sign * m_wgt.get_var_node_weight(node);
+}
+
 void ExpVarBiclust::init(float weight, const std::set<int>& vars, const ds_bitvec& exps) {
-    reset();
+    load(weight, vars, exps, false);
+}
+
+void ExpVarBiclust::load(float weight, const std::set<int>& vars, const ds_bitvec& exps, bool own) {
+    if (own)
+        ExpVarBiclust::reset();
+    else
+        reset();
     for (ds_bitvec_iter it(exps); it; ++it)
-        add_exp_node(it);
+        if (own)
+            ExpVarBiclust::add_exp_node(it);
+        else
+            add_exp_node(it);
     float expected = weight;
     for (int v : vars) {
-        add_var_node(v);
+        if (own)
+            ExpVarBiclust::add_var_node(v);
+        else
+            add_var_node(v);
         expected += m_wgt.get_var_node_weight(v);
     }
     verify();
@@ -148,9 +159,7 @@ void ExpVarBiclust::get_vars_set(ds_bitvec& out) const {
 
 float ExpVarBiclust::get_exp_margin(int node) const {
     float m = 0.0f;
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::Out); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_vars.get_ind(m_edge_iter->other()))
-            m += m_wgt.get_edge_cnc(m_edge_iter->edge());
+    add_edge_cnc(m, node, GraphBaseEdgeIter::Out, m_vars, 1.0f);
     for (int b = 0; b < bins_num(); ++b)
         if (m_bin_count[b] != 0)
             m += m_wgt.get_non_edge_exp_weight(node, b) * static_cast<float>(m_bin_count[b]);
@@ -159,9 +168,7 @@ float ExpVarBiclust::get_exp_margin(int node) const {
 
 float ExpVarBiclust::get_var_margin(int node) const {
     float m = 0.0f;
-    for (m_edge_iter->restart(node, GraphBaseEdgeIter::In); !m_edge_iter->at_end(); ++*m_edge_iter)
-        if (m_exps.get_ind(m_edge_iter->other()))
-            m += m_wgt.get_edge_cnc(m_edge_iter->edge());
+    add_edge_cnc(m, node, GraphBaseEdgeIter::In, m_exps, 1.0f);
     return m + m_exp_bin_sum[m_wgt.get_var_node_bin(node)];
 }
 
@@ -257,47 +264,33 @@ void DynBiclust::reset() {
 
 void DynBiclust::add_var_node(int node) {
     ExpVarBiclust::add_var_node(node);
-    m_cur_var_bin = m_wgt.get_var_node_bin(node);
-    m_cur_var_node = node;
-    m_dispatch.invoke(1);
-    m_dispatch.invoke(m_change_me[node]);
-    for (m_event_iter->restart(node, GraphBaseEdgeIter::In); !m_event_iter->at_end(); ++*m_event_iter) {
-        m_cur_edge = m_event_iter->edge();
-        m_dispatch.invoke(m_exp_add_adj[m_event_iter->other()]);
-    }
+    announce<VarSide>(node, true);
 }
 
 void DynBiclust::del_var_node(int node) {
     ExpVarBiclust::del_var_node(node);
-    m_cur_var_bin = m_wgt.get_var_node_bin(node);
-    m_cur_var_node = node;
-    m_dispatch.invoke(3);
-    m_dispatch.invoke(m_change_me[node]);
-    for (m_event_iter->restart(node, GraphBaseEdgeIter::In); !m_event_iter->at_end(); ++*m_event_iter) {
-        m_cur_edge = m_event_iter->edge();
-        m_dispatch.invoke(m_exp_del_adj[m_event_iter->other()]);
-    }
+    announce<VarSide>(node, false);
 }
 
 void DynBiclust::add_exp_node(int node) {
     ExpVarBiclust::add_exp_node(node);
-    m_cur_exp_node = node;
-    m_dispatch.invoke(2);
-    m_dispatch.invoke(m_change_me[node]);
-    for (m_event_iter->restart(node, GraphBaseEdgeIter::Out); !m_event_iter->at_end(); ++*m_event_iter) {
-        m_cur_edge = m_event_iter->edge();
-        m_dispatch.invoke(m_var_add_adj[m_event_iter->other()]);
-    }
+    announce<CondSide>(node, true);
 }
 
 void DynBiclust::del_exp_node(int node) {
     ExpVarBiclust::del_exp_node(node);
-    m_cur_exp_node = node;
-    m_dispatch.invoke(4);
+    announce<CondSide>(node, false);
+}
+
+template <class Side> void DynBiclust::announce(int node, bool added) {
+    typedef typename Side::Other Other;
+    Side::set_current(*this, node);
+    m_dispatch.invoke(added ? Side::kAdded : Side::kDeleted);
     m_dispatch.invoke(m_change_me[node]);
-    for (m_event_iter->restart(node, GraphBaseEdgeIter::Out); !m_event_iter->at_end(); ++*m_event_iter) {
+    const std::vector<int>& adj = added ? Other::add_adj(*this) : Other::del_adj(*this);
+    for (m_event_iter->restart(node, Side::kToOther); !m_event_iter->at_end(); ++*m_event_iter) {
         m_cur_edge = m_event_iter->edge();
-        m_dispatch.invoke(m_var_del_adj[m_event_iter->other()]);
+        m_dispatch.invoke(adj[m_event_iter->other()]);
     }
 }
 

@@ -94,6 +94,18 @@ public:
     std::vector<float> m_exp_bin_sum; // by bin: sum of non_edge(e, bin) over the conditions inside
     std::vector<int> m_bin_count;     // by bin: variable nodes inside
     std::unique_ptr<GraphBaseEdgeIter> m_edge_iter;
+
+private:
+    // Adds sign * get_edge_cnc of every edge of `node`, walked in `dir`, whose other end is in
+    // `others` to `acc`, edge by edge.
+    void add_edge_cnc(float& acc, int node, GraphBaseEdgeIter::Direction dir, const ds_bitvec& others,
+                      float sign) const;
+    // The score and the sums with a node joining (sign 1) or leaving (sign -1).
+    void move_exp(int node, float sign);
+    void move_var(int node, float sign);
+    // The body of init. With `own` it goes through this class's operations rather than the
+    // overrides, as the constructor must: no virtual call is made while a derived part is unbuilt.
+    void load(float weight, const std::set<int>& vars, const ds_bitvec& exps, bool own);
 };
 
 // Hash functor for hashed containers keyed by biclusters.
@@ -128,6 +140,7 @@ public:
     // Takes the sets and sums of `source` (no per-node events), then raises 6.
     void revert(const ExpVarBiclust& source);
 
+    // Fills the code vectors; the constructors call it, so it stays non-virtual.
     void setup_event_codes();
 
     event_dispatch m_dispatch;
@@ -142,6 +155,9 @@ public:
     int m_cur_exp_node;
 
 private:
+    // After a node of `Side` joined (left): sets m_cur_*, raises the side's general code, the node's
+    // own code, then the neighbour code of every node adjacent to it.
+    template <class Side> void announce(int node, bool added);
     // Walks for the neighbour events; observers may walk the bicluster's own iterator meanwhile.
     std::unique_ptr<GraphBaseEdgeIter> m_event_iter;
 };

@@ -29,12 +29,20 @@ ExpVarGraphACO::ExpVarGraphACO(VarUniverse& universe, StateDataSetBase& dataset,
     if (build) {
         const bool both_exp = opts.get_int(scope, "AllowConditionOrientation", true) != 0;
         const bool both_var = opts.get_int(scope, "AllowVarOrientation", true) != 0;
-        init(opts, scope, both_exp, both_var);
+        build_graph(opts, scope, both_exp, both_var, [this](int level, float factor, int sign) {
+            ExpVarGraphACO::add_exp_group(level, factor, sign);
+        });
     }
 }
 
 void ExpVarGraphACO::init(options& opts, const std::string& scope, bool both_exp_orientations,
                           bool both_var_orientations) {
+    build_graph(opts, scope, both_exp_orientations, both_var_orientations,
+                [this](int level, float factor, int sign) { add_exp_group(level, factor, sign); });
+}
+
+void ExpVarGraphACO::build_graph(options& opts, const std::string& scope, bool both_exp_orientations,
+                                 bool both_var_orientations, const ExpGroupMaker& exp_group) {
     // 1. Sizes from the universe and the data set as they are now.
     if (m_universe.m_val_space)
         m_val_space = m_universe.m_val_space;
@@ -68,9 +76,9 @@ void ExpVarGraphACO::init(options& opts, const std::string& scope, bool both_exp
     m_exp_group_factor.assign(m_max_exp_group, 0.0f);
     m_var_group_factor.assign(m_max_var_group, 0.0f);
     for (int i = 0; i <= exp_card - 2; ++i) {
-        add_exp_group(i, factors[i], 1);
+        exp_group(i, factors[i], 1);
         if (both_exp_orientations)
-            add_exp_group(i, factors[i], -1);
+            exp_group(i, factors[i], -1);
     }
     for (int i = 0; i <= var_card - 2; ++i) {
         add_var_group(i, factors[i], 1);
@@ -210,7 +218,9 @@ ExpVarGraphClassify::ExpVarGraphClassify(VarUniverse& universe, StateDataSetBase
                                          const std::string& scope)
     : GraphWeb(kWebReserve, false), ExpVarGraphACO(universe, dataset, opts, scope, false), m_classes(classes),
       m_class(cls) {
-    init(opts, scope, true, true);
+    build_graph(opts, scope, true, true, [this](int level, float factor, int sign) {
+        ExpVarGraphClassify::add_exp_group(level, factor, sign);
+    });
 }
 
 void ExpVarGraphClassify::add_exp_group(int level, float factor, int sign) {

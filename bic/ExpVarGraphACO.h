@@ -6,6 +6,7 @@
 #include "ExpClasses.h"
 #include "ExpVarGraphBase.h"
 
+#include <functional>
 #include <istream>
 #include <ostream>
 #include <string>
@@ -50,6 +51,13 @@ public:
     std::vector<float> m_var_group_factor;
     float m_edge_p_thresh;
     float m_edge_non_zero_p;
+
+protected:
+    // add_exp_group of the class being built: constructors pass their own, never the override.
+    typedef std::function<void(int level, float factor, int sign)> ExpGroupMaker;
+    // The body of init, with `exp_group` making each level's condition nodes.
+    void build_graph(options& opts, const std::string& scope, bool both_exp_orientations,
+                     bool both_var_orientations, const ExpGroupMaker& exp_group);
 };
 
 class ExpVarGraphClassify : public ExpVarGraphACO {

@@ -11,8 +11,6 @@
 namespace {
 // Initial reservation of the web's lists; they grow as needed.
 constexpr int kWebReserve = 64;
-// Weight of a sample cell with nothing left to place.
-constexpr float kCellFloor = 0.0001f;
 } // namespace
 
 ExpVarGraphBase::ExpVarGraphBase(VarUniverse& universe, StateDataSetBase& dataset, options& opts,
@@ -72,24 +70,26 @@ int ExpVarGraphBase::new_node(int group, int exp_id, int var_id, bool is_exp) {
 int ExpVarGraphBase::add_exp_node_to_group(int group, int exp_id) {
     if (group >= m_max_exp_group)
         allocate_max_exp_group(group + 1);
-    if (exp_id >= m_exp_group_nodes.cols())
-        m_exp_group_nodes.resize(m_exp_group_nodes.rows(), exp_id + 1, -1);
-    const int node = new_node(group, exp_id, 0, true);
+    const int node = add_group_node(m_exp_group_nodes, group, exp_id, true);
     m_max_exp_node = m_node_count;
-    m_exp_group_nodes(group, exp_id) = node;
     return node;
 }
 
 int ExpVarGraphBase::add_var_node_to_group(int group, int var_id) {
     if (group >= m_max_var_group)
         allocate_max_var_group(group + 1);
-    if (var_id >= m_var_group_nodes.cols())
-        m_var_group_nodes.resize(m_var_group_nodes.rows(), var_id + 1, -1);
-    const int node = new_node(group, 0, var_id, false);
+    const int node = add_group_node(m_var_group_nodes, group, var_id, false);
     m_max_var_node = m_node_count;
-    m_var_group_nodes(group, var_id) = node;
     if (var_id < m_var_bits.size())
         m_var_bits.set_ind(var_id);
+    return node;
+}
+
+int ExpVarGraphBase::add_group_node(Matrix<int>& group_nodes, int group, int id, bool is_exp) {
+    if (id >= group_nodes.cols())
+        group_nodes.resize(group_nodes.rows(), id + 1, -1);
+    const int node = new_node(group, is_exp ? id : 0, is_exp ? 0 : id, is_exp);
+    group_nodes(group, id) = node;
     return node;
 }
 
@@ -117,46 +117,71 @@ int ExpVarGraphBase::add_edge(int exp_node, int var_node, int state, float weigh
     return id;
 }
 
+namespace {
+
+// Sampling cells of one side: cell node * groups + g for each node in [from, to) and group g of the
+// other side, holding the truncated weighted degree still to place (`left`) and the sampling weight
+// (the same, or the floor for an empty cell). Returns the sum of the degrees.
+long long fill_cells(const Matrix<float>& degree, int from, int to, int groups, std::vector<float>& weight,
+                     std::vector<int>& left) {
+    long long total = 0;
+    for (int n = from; n < to; ++n)
+        for (int g = 0; g < groups; ++g) {
+            const int d = static_cast<int>(degree(n, g));
+            total += d;
+            const size_t c = static_cast<size_t>(n) * groups + g;
+            left[c] = d;
+            if (d != 0)
+                weight[c] = static_cast<float>(d);
+        }
+    return total;
+}
+
+// One line per cell with a degree left: "<side> n grp g <what> d".
+void report_left(const char* side, const char* what, const std::vector<int>& left, int from, int to,
+                 int groups) {
+    for (int n = from; n < to; ++n)
+        for (int g = 0; g < groups; ++g) {
+            const int d = left[static_cast<size_t>(n) * groups + g];
+            if (d > 0)
+                std::cerr << side << " " << n << " grp " << g << " " << what << " " << d << std::endl;
+        }
+}
+
+} // namespace
+
 void ExpVarGraphBase::randomize_all() {
     const int gv = m_max_var_group;
     const int ge = m_max_exp_group;
-    const int exp_nodes = m_max_exp_node;
-    const int all_nodes = m_node_count;
-
-    // Condition cells: node * gv + vgroup; variable cells: node * ge + egroup over the whole node
-    // id space (the condition nodes' part stays at the floor).
-    std::vector<float> exp_w(static_cast<size_t>(exp_nodes) * gv, kCellFloor);
-    std::vector<float> var_w(static_cast<size_t>(all_nodes) * ge, kCellFloor);
-    std::vector<int> exp_left(exp_w.size(), 0);
-    std::vector<int> var_left(var_w.size(), 0);
-
-    long long total = 0;
-    for (int n = 0; n < exp_nodes; ++n)
-        for (int g = 0; g < gv; ++g) {
-            const int d = static_cast<int>(m_node_var_group_degree(n, g));
-            total += d;
-            const size_t c = static_cast<size_t>(n) * gv + g;
-            exp_left[c] = d;
-            if (d != 0)
-                exp_w[c] = static_cast<float>(d);
-        }
-    for (int n = exp_nodes; n < all_nodes; ++n)
-        for (int g = 0; g < ge; ++g) {
-            const int d = static_cast<int>(m_node_exp_group_degree(n, g));
-            const size_t c = static_cast<size_t>(n) * ge + g;
-            var_left[c] = d;
-            if (d != 0)
-                var_w[c] = static_cast<float>(d);
-        }
+    // Condition cells by variable group; variable cells by condition group over the whole node id
+    // space (the condition nodes' part stays at the floor).
+    RandomCells exp(static_cast<size_t>(m_max_exp_node) * gv);
+    RandomCells var(static_cast<size_t>(m_node_count) * ge);
+    const long long total = fill_cells(m_node_var_group_degree, 0, m_max_exp_node, gv, exp.weight, exp.left);
+    fill_cells(m_node_exp_group_degree, m_max_exp_node, m_node_count, ge, var.weight, var.left);
 
     std::cerr << "will remove  all edges " << std::endl;
-    DistribWgtSet exp_dist(exp_w);
-    DistribWgtSet var_dist(var_w);
+    DistribWgtSet exp_dist(exp.weight);
+    DistribWgtSet var_dist(var.weight);
     const int id_space = edges_id_space_size();
     for (int e = 0; e < id_space; ++e)
         if (edge_use(e))
             remove_edge(e);
 
+    const int count = place_random_edges(total, exp, exp_dist, var, var_dist);
+
+    std::cerr << "terminated, remaining degrees :" << std::endl;
+    report_left("exp", "exp_grp_d", exp.left, 0, m_max_exp_node, gv);
+    report_left("var", "var_grp_d", var.left, m_max_exp_node, m_node_count, ge);
+    std::cerr << "final edges, " << count << " E = " << total << std::endl;
+}
+
+int ExpVarGraphBase::place_random_edges(long long total, RandomCells& exp, DistribWgtSet& exp_dist,
+                                        RandomCells& var, DistribWgtSet& var_dist) {
+    const int gv = m_max_var_group;
+    const int ge = m_max_exp_group;
+    std::vector<float>& exp_w = exp.weight;
+    std::vector<float>& var_w = var.weight;
     int count = 0;
     int misses = 0;
     int zeros = 0;
@@ -213,35 +238,20 @@ void ExpVarGraphBase::randomize_all() {
         misses = 0;
         if (count % 1000 == 0)
             std::cerr << "e_count " << count << std::endl;
-        --exp_left[ci];
-        exp_w[ci] -= 1.0f;
-        --var_left[vi];
-        var_w[vi] -= 1.0f;
-        if (exp_left[ci] < 1) {
-            exp_w[ci] = kCellFloor;
-            exp_dist.init_weights(exp_w);
-        }
-        if (var_left[vi] < 1) {
-            var_w[vi] = kCellFloor;
-            var_dist.init_weights(var_w);
-        }
+        exp.take(ci, exp_dist);
+        var.take(vi, var_dist);
         ++count;
     }
+    return count;
+}
 
-    std::cerr << "terminated, remaining degrees :" << std::endl;
-    for (int n = 0; n < exp_nodes; ++n)
-        for (int g = 0; g < gv; ++g) {
-            const int d = exp_left[static_cast<size_t>(n) * gv + g];
-            if (d > 0)
-                std::cerr << "exp " << n << " grp " << g << " exp_grp_d " << d << std::endl;
-        }
-    for (int n = exp_nodes; n < all_nodes; ++n)
-        for (int g = 0; g < ge; ++g) {
-            const int d = var_left[static_cast<size_t>(n) * ge + g];
-            if (d > 0)
-                std::cerr << "var " << n << " grp " << g << " var_grp_d " << d << std::endl;
-        }
-    std::cerr << "final edges, " << count << " E = " << total << std::endl;
+void ExpVarGraphBase::RandomCells::take(int cell, DistribWgtSet& dist) {
+    --left[cell];
+    weight[cell] -= 1.0f;
+    if (left[cell] < 1) {
+        weight[cell] = kCellFloor;
+        dist.init_weights(weight);
+    }
 }
 
 int ExpVarGraphBase::draw_edge_index(int E) {

@@ -15,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+class DistribWgtSet;
 class options;
 
 // A node stands for one condition or one variable in one group (an orientation of a level): group
@@ -94,8 +95,26 @@ public:
     bool m_debug;
 
 protected:
+    // The sampling cells of one side in randomize_all: weights and degrees left, by cell.
+    struct RandomCells {
+        explicit RandomCells(size_t n) : weight(n, kCellFloor), left(n, 0) {}
+        // One edge placed at `cell`: its degree and weight go down by one; an exhausted cell drops
+        // to the floor and the sampler takes the new weights.
+        void take(int cell, DistribWgtSet& dist);
+
+        // Weight of a sample cell with nothing left to place.
+        static constexpr float kCellFloor = 0.0001f;
+        std::vector<float> weight;
+        std::vector<int> left;
+    };
+    // The sampling loop of randomize_all: draws a cell of each side and joins them when their
+    // groups match and no edge joins them yet; returns the number of edges placed.
+    int place_random_edges(long long total, RandomCells& exp, DistribWgtSet& exp_dist, RandomCells& var,
+                           DistribWgtSet& var_dist);
     // Registers a new node id with the web and grows the per-node tables.
     int new_node(int group, int exp_id, int var_id, bool is_exp);
+    // A new node of condition (variable) `id` in `group`, recorded in that side's group map.
+    int add_group_node(Matrix<int>& group_nodes, int group, int id, bool is_exp);
     // A uniform edge index below E, from one 32-bit draw.
     static int draw_edge_index(int E);
 };

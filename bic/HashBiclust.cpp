@@ -78,6 +78,30 @@ void NeigHash::set_var_filter(const ds_bitvec& vars) {
 
 int NeigHash::hash(int start) {
     const int tot = m_graph.m_node_count;
+    prepare_table();
+    std::unique_ptr<GraphBaseEdgeIter> it(m_graph.new_edge_iter(0, GraphBaseEdgeIter::In));
+    ds_bitvec key(m_key_bits);
+    int stop = -1;
+    for (int i = start; i < start + tot; ++i) {
+        const int v = i % tot;
+        if (!admits(v))
+            continue;
+        std::cerr << "hasing v " << v << "\n";
+        // A walk past the first round of the node id space lowers the weights.
+        gather_neighbourhood(v, *it, i > tot);
+        m_cur_var = v;
+        key.clear();
+        m_used_exps.clear();
+        hash_up_count(key, 0.0f, -1, 0);
+        if (stop == -1 && m_table.size() >= m_max_hash_table_size)
+            stop = v;
+    }
+    std::cerr << "finish hashing iter at " << stop << "\n";
+    return stop;
+}
+
+void NeigHash::prepare_table() {
+    const int tot = m_graph.m_node_count;
     std::cerr << "will clear\n";
     m_table.clear();
     std::cerr << "will resize cur wgt\nsize = " << m_cur_wgt.size() << "\nto = " << tot << "\n";
@@ -94,59 +118,48 @@ int NeigHash::hash(int start) {
     const unsigned int bytes = static_cast<unsigned int>(m_max_hash_size_mb) * 1000000u;
     m_max_hash_table_size = bytes / static_cast<unsigned int>(m_key_bits / 8 + 72);
     std::cerr << "m_max_hash_table_size = " << m_max_hash_table_size << "\n";
+}
 
-    std::unique_ptr<GraphBaseEdgeIter> it(m_graph.new_edge_iter(0, GraphBaseEdgeIter::In));
-    ds_bitvec key(m_key_bits);
-    int stop = -1;
-    for (int i = start; i < start + tot; ++i) {
-        const int v = i % tot;
-        if (m_var_ignored[v] != 0 || !m_graph.node_use(v) || m_graph.is_exp_node(v))
-            continue;
-        if (m_filter_var_groups) {
-            const int g = m_graph.node_group(v);
-            if (g >= m_active_var_groups.size() || !m_active_var_groups.get_ind(g))
-                continue;
-        }
-        const int degree = edge_count_of(m_graph, v);
-        if (degree < m_min_hash_degree || degree > m_max_hash_degree)
-            continue;
-        std::cerr << "hasing v " << v << "\n";
-        m_cur_neig.clear();
-        m_neig_heap.reset(0);
-        for (it->restart(v, GraphBaseEdgeIter::In); !it->at_end(); ++*it) {
-            const int c = it->other();
-            if (m_filter_exp_groups) {
-                const int g = m_graph.node_group(c);
-                if (g >= m_active_exp_groups.size() || !m_active_exp_groups.get_ind(g))
-                    continue;
-            }
-            float w = m_wgt.get_edge_weight(it->edge());
-            if (!(w > 0.0f) || m_exp_ignored[c] != 0)
-                continue;
-            const double u = Random::bits() / 4294967295.0;
-            double thin_key;
-            if (i > tot) {
-                w -= 3.4028234e+35f;
-                // The log of a lowered weight has no value: such a neighbourhood is thinned at random.
-                thin_key = u;
-            } else {
-                thin_key = static_cast<double>(logf(w)) * u;
-            }
-            m_cur_wgt[c] = w;
-            m_cur_neig.set_ind(c);
-            m_neig_heap.insert(c, thin_key);
-        }
-        while (m_cur_neig.on_bits() > m_max_neig_size)
-            m_cur_neig.clr_ind(m_neig_heap.extract_min());
-        m_cur_var = v;
-        key.clear();
-        m_used_exps.clear();
-        hash_up_count(key, 0.0f, -1, 0);
-        if (stop == -1 && m_table.size() >= m_max_hash_table_size)
-            stop = v;
+bool NeigHash::admits(int v) const {
+    if (m_var_ignored[v] != 0 || !m_graph.node_use(v) || m_graph.is_exp_node(v))
+        return false;
+    if (m_filter_var_groups) {
+        const int g = m_graph.node_group(v);
+        if (g >= m_active_var_groups.size() || !m_active_var_groups.get_ind(g))
+            return false;
     }
-    std::cerr << "finish hashing iter at " << stop << "\n";
-    return stop;
+    const int degree = edge_count_of(m_graph, v);
+    return degree >= m_min_hash_degree && degree <= m_max_hash_degree;
+}
+
+void NeigHash::gather_neighbourhood(int v, GraphBaseEdgeIter& it, bool lowered) {
+    m_cur_neig.clear();
+    m_neig_heap.reset(0);
+    for (it.restart(v, GraphBaseEdgeIter::In); !it.at_end(); ++it) {
+        const int c = it.other();
+        if (m_filter_exp_groups) {
+            const int g = m_graph.node_group(c);
+            if (g >= m_active_exp_groups.size() || !m_active_exp_groups.get_ind(g))
+                continue;
+        }
+        float w = m_wgt.get_edge_weight(it.edge());
+        if (!(w > 0.0f) || m_exp_ignored[c] != 0)
+            continue;
+        const double u = Random::bits() / 4294967295.0;
+        double thin_key;
+        if (lowered) {
+            w -= 3.4028234e+35f;
+            // The log of a lowered weight has no value: such a neighbourhood is thinned at random.
+            thin_key = u;
+        } else {
+            thin_key = static_cast<double>(logf(w)) * u;
+        }
+        m_cur_wgt[c] = w;
+        m_cur_neig.set_ind(c);
+        m_neig_heap.insert(c, thin_key);
+    }
+    while (m_cur_neig.on_bits() > m_max_neig_size)
+        m_cur_neig.clr_ind(m_neig_heap.extract_min());
 }
 
 void NeigHash::record(const ds_bitvec& key, float wgt) {

@@ -54,6 +54,12 @@ public:
     void set_var_filter(const ds_bitvec& vars);
     // One pass; the variable node at which the table filled, or -1.
     int hash(int start);
+    // The steps of hash: clear and size the table and the buffers and set the table's limit; is
+    // variable node `v` hashed at all (not ignored, in an active group, of a degree in range); its
+    // neighbourhood of positive-weight active conditions, thinned to MaxNeigSize at random.
+    void prepare_table();
+    bool admits(int v) const;
+    void gather_neighbourhood(int v, GraphBaseEdgeIter& it, bool lowered);
     // Enumeration of the current neighbourhood's subsets by growing `key` past position `last`.
     void hash_up_count(ds_bitvec& key, float wgt, int last, int depth);
     // The same by shrinking `key` (removing bits past `last`).

@@ -28,8 +28,12 @@ WgtSchemeGroupIndeg::WgtSchemeGroupIndeg(const ExpVarGraphBase& graph, const Arr
     m_edge_exp_cnc.resize(m_bins.m_bin_num, exp_nodes, 0.0f);
     m_edge_weight.assign(graph.edges_id_space_size(), 0.0f);
     m_edge_cnc.assign(graph.edges_id_space_size(), 0.0f);
-    if (do_init)
-        reinit(opts, scope, model_p);
+    if (do_init) {
+        read_keys(opts, scope, model_p);
+        fill_tables([this](float p_u, bool is_edge, int exp_id) {
+            return WgtSchemeGroupIndeg::get_p_weight(p_u, is_edge, exp_id);
+        });
+    }
 }
 
 long double WgtSchemeGroupIndeg::approximate_p(int d, int bin_d, int E) {
@@ -78,13 +82,20 @@ float WgtSchemeGroupIndeg::get_p_weight(float p_u, bool is_edge, int exp_id) con
 }
 
 void WgtSchemeGroupIndeg::reinit(options& opts, const std::string& scope, float model_p) {
+    read_keys(opts, scope, model_p);
+    fill_tables([this](float p_u, bool is_edge, int exp_id) { return get_p_weight(p_u, is_edge, exp_id); });
+}
+
+void WgtSchemeGroupIndeg::read_keys(options& opts, const std::string& scope, float model_p) {
     m_model_p = model_p;
     m_limit_neg_pos = opts.get_float(scope, "LimitNegPosRatio", true) != 0.0f;
     m_min_neg_ratio = opts.get_float(scope, "MinNegWeightRatio", true);
     m_use_series_factor = opts.get_int(scope, "UseSeriesFactor", true) != 0;
     m_use_exp_weight = opts.get_int(scope, "UseExpWeight", true) != 0;
     m_max_patch_pu = opts.get_float(scope, "MaxPatchPU", true);
+}
 
+void WgtSchemeGroupIndeg::fill_tables(const PWeight& p_weight) {
     const ExpVarGraphBase& g = m_graph;
     const int exp_nodes = g.m_max_exp_node;
     const int bins = m_bins.m_bin_num;
@@ -118,8 +129,8 @@ void WgtSchemeGroupIndeg::reinit(options& opts, const std::string& scope, float 
                     found.first->second = static_cast<float>(approximate_p(d, bin_d, E));
                 p_u = found.first->second;
             }
-            const float w1 = get_p_weight(p_u, true, exp_id);
-            const float w0 = get_p_weight(p_u, false, exp_id);
+            const float w1 = p_weight(p_u, true, exp_id);
+            const float w0 = p_weight(p_u, false, exp_id);
             if (std::fabs(w1) >= kBadWeight)
                 VESK_FATAL(kSrc, "Bad wgt " << w1);
             if (std::fabs(w0) >= kBadWeight)
@@ -154,7 +165,10 @@ WgtSchemeGroupIndegHS::WgtSchemeGroupIndegHS(const ExpVarGraphBase& graph, const
                                              const std::string& scope, float model_p)
     : WgtSchemeGroupIndeg(graph, ec, opts, scope, model_p, false), m_classes(classes), m_class(cls),
       m_non_class_p_factor(opts.get_float(scope, "NonClassPFactor", true)) {
-    reinit(opts, scope, model_p);
+    read_keys(opts, scope, model_p);
+    fill_tables([this](float p_u, bool is_edge, int exp_id) {
+        return WgtSchemeGroupIndegHS::get_p_weight(p_u, is_edge, exp_id);
+    });
     calc_nonclass_contrib();
 }
 
@@ -173,7 +187,7 @@ void WgtSchemeGroupIndegHS::calc_nonclass_contrib() {
     for (int b = 0; b < m_bins.m_bin_num; ++b)
         for (int e = 0; e < exp_nodes; ++e)
             if (g.node_use(e) && !in_class(g.m_node_exp[e]))
-                bin_sum[b] += get_non_edge_exp_weight(e, b);
+                bin_sum[b] += m_non_edge_exp_weight(b, e);
 
     m_var_node_weight.assign(g.nodes_id_space_size(), 0.0f);
     for (int n = exp_nodes; n < g.m_node_count; ++n) {
@@ -183,7 +197,7 @@ void WgtSchemeGroupIndegHS::calc_nonclass_contrib() {
         for (int edge = g.web().root_head(1, n); edge != -1; edge = g.web().next_node(1, edge)) {
             const int src = g.edge_source(edge);
             if (src < exp_nodes && !in_class(g.m_node_exp[src]))
-                m_var_node_weight[n] += get_edge_cnc(edge);
+                m_var_node_weight[n] += m_edge_cnc[edge];
         }
     }
 }

@@ -11,6 +11,7 @@
 #include "VarNodesBins.h"
 #include "WgtSchemeBase.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -66,6 +67,11 @@ public:
     bool m_debug;
 
 protected:
+    // get_p_weight of the class being built: constructors pass their own, never the override.
+    typedef std::function<float(float p_u, bool is_edge, int exp_id)> PWeight;
+    // The keys reinit reads, and the tables it computes with `p_weight`.
+    void read_keys(options& opts, const std::string& scope, float model_p);
+    void fill_tables(const PWeight& p_weight);
     // The two log ratios for model probability `model` and null probability `p` (already limited),
     // with the negative-to-positive limit and the series factor applied.
     void log_ratios(float model, float p, int exp_id, float& pos, float& neg) const;
@@ -84,7 +90,7 @@ public:
     float get_p_weight(float p_u, bool is_edge, int exp_id) const override;
     float get_var_node_weight(int node) const override { return m_var_node_weight[node]; }
     // Per variable node: its bin's non-edge weights over the non-class condition nodes, plus what
-    // its in-edges from such nodes add over non-edges. Condition nodes keep 0.
+    // its in-edges from such nodes add over non-edges, read from the tables. Condition nodes keep 0.
     void calc_nonclass_contrib();
 
     const ExpClasses& m_classes;

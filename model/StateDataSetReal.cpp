@@ -178,73 +178,87 @@ void StateDataSetReal::read_txt(std::map<std::string, std::string>& params, int 
         std::cerr << "cannot open table " << *file << std::endl;
         return;
     }
-    const int take_log = param_int(params, "take_log", 0);
-    std::cerr << "take log is " << take_log << std::endl;
-    const int key_col = std::max(0, param_int(params, "key_col", 0));
-    const int first_data_col = std::max(0, param_int(params, "first_data_col", 1));
+    TxtLayout t;
+    t.take_log = param_int(params, "take_log", 0);
+    std::cerr << "take log is " << t.take_log << std::endl;
+    t.key_col = std::max(0, param_int(params, "key_col", 0));
+    t.first_data_col = std::max(0, param_int(params, "first_data_col", 1));
     find_param(params, "nonparametric"); // recognised, without effect
-    const bool is_affy = param_int(params, "is_affy", 0) != 0;
-    const bool click = param_int(params, "click_format", 0) != 0;
+    t.is_affy = param_int(params, "is_affy", 0) != 0;
+    t.click = param_int(params, "click_format", 0) != 0;
+    t.base = m_E;
 
-    const int base = m_E;
+    read_txt_header(in, t, key_id);
+    std::cerr << "max pid " << m_E << std::endl;
+    m_data.resize(num_vars(), m_E, kMissingVal);
+    const int matched = read_txt_rows(in, t);
+
+    const std::string* one_type = find_param(params, "one_array_type");
+    calc_array_type(one_type && *one_type == "0" ? 0 : 1);
+    normalise_txt(params, t.base);
+    std::cerr << "match count = " << matched << std::endl;
+}
+
+void StateDataSetReal::append_txt_exp(const std::string& name, int key) {
+    m_e_series.push_back(0);
+    m_e_weight.push_back(1.0f);
+    m_e_array.push_back(-1);
+    m_e_key.push_back(key);
+    m_series[0].m_members.push_front(m_E);
+    m_e_names.push_back(name);
+    ++m_E;
+}
+
+void StateDataSetReal::read_txt_header(std::istream& in, TxtLayout& t, int key_id) {
     m_series.resize(1);
-    fit_exp_tables(base, 1.0f, -1);
-    m_e_key.resize(base, 0);
-    auto append_exp = [&](const std::string& name, int key) {
-        m_e_series.push_back(0);
-        m_e_weight.push_back(1.0f);
-        m_e_array.push_back(-1);
-        m_e_key.push_back(key);
-        m_series[0].m_members.push_front(m_E);
-        m_e_names.push_back(name);
-        ++m_E;
-    };
-
+    fit_exp_tables(t.base, 1.0f, -1);
+    m_e_key.resize(t.base, 0);
     std::string line;
-    std::vector<std::string> fields;
-    bool var_ids = false;
-    if (!click) {
-        std::getline(in, line);
-        split_fields(line, false, fields);
-        // The first first_data_col fields are the row labels' headers; the rest name experiments.
-        if (first_data_col > 0 && fields[0] == "Var_id")
-            var_ids = true;
-        int last_named = base - 1;
-        for (size_t i = first_data_col; i < fields.size(); ++i) {
-            append_exp(fields[i], key_id);
-            if (!fields[i].empty()) {
-                std::cerr << "got ptop " << fields[i] << " " << m_E - 1 << std::endl;
-                last_named = m_E - 1;
-            }
-        }
-        if (last_named != m_E - 1) {
-            // Trailing empty header fields make no experiments; series 0 keeps their ids.
-            std::cerr << "striping empty fields from " << m_E << " to " << last_named << std::endl;
-            m_E = last_named + 1;
-            fit_exp_tables(m_E, 1.0f, -1);
-            m_e_key.resize(m_E);
-        }
-    } else {
+    if (t.click) {
         int rows = 0, cols = 0;
         in >> rows >> cols;
         std::getline(in, line); // the rest of the header line
         for (int i = 0; i < cols; ++i)
-            append_exp("click_fmt", 0);
+            append_txt_exp("click_fmt", 0);
         std::cerr << "click mode, num e is " << m_E << std::endl;
+        return;
     }
+    std::vector<std::string> fields;
+    std::getline(in, line);
+    split_fields(line, false, fields);
+    // The first first_data_col fields are the row labels' headers; the rest name experiments.
+    if (t.first_data_col > 0 && fields[0] == "Var_id")
+        t.var_ids = true;
+    int last_named = t.base - 1;
+    for (size_t i = t.first_data_col; i < fields.size(); ++i) {
+        append_txt_exp(fields[i], key_id);
+        if (!fields[i].empty()) {
+            std::cerr << "got ptop " << fields[i] << " " << m_E - 1 << std::endl;
+            last_named = m_E - 1;
+        }
+    }
+    if (last_named != m_E - 1) {
+        // Trailing empty header fields make no experiments; series 0 keeps their ids.
+        std::cerr << "striping empty fields from " << m_E << " to " << last_named << std::endl;
+        m_E = last_named + 1;
+        fit_exp_tables(m_E, 1.0f, -1);
+        m_e_key.resize(m_E);
+    }
+}
 
-    std::cerr << "max pid " << m_E << std::endl;
+int StateDataSetReal::read_txt_rows(std::istream& in, const TxtLayout& t) {
     const int nv = num_vars();
-    m_data.resize(nv, m_E, kMissingVal);
-
+    std::string line;
+    std::vector<std::string> fields;
     int matched = 0;
     while (std::getline(in, line)) {
-        split_fields(line, click, fields);
-        const std::string key = key_col < static_cast<int>(fields.size()) ? fields[key_col] : std::string();
+        split_fields(line, t.click, fields);
+        const std::string key =
+            t.key_col < static_cast<int>(fields.size()) ? fields[t.key_col] : std::string();
         int id = -1;
-        if (click) {
+        if (t.click) {
             id = matched < nv ? matched : -1;
-        } else if (var_ids) {
+        } else if (t.var_ids) {
             const char* s = key.c_str();
             char* end = nullptr;
             const long n = std::strtol(s, &end, 10);
@@ -261,21 +275,20 @@ void StateDataSetReal::read_txt(std::map<std::string, std::string>& params, int 
         }
         ++matched;
         // Fields past the experiments of this table have no column and are dropped.
-        int col = base;
-        for (size_t f = std::max(key_col + 1, first_data_col); f < fields.size() && col < m_E; ++f, ++col)
-            m_data(id, col) = parse_txt_cell(fields[f], take_log, is_affy);
+        int col = t.base;
+        for (size_t f = std::max(t.key_col + 1, t.first_data_col); f < fields.size() && col < m_E; ++f, ++col)
+            m_data(id, col) = parse_txt_cell(fields[f], t.take_log, t.is_affy);
     }
+    return matched;
+}
 
-    const std::string* one_type = find_param(params, "one_array_type");
-    calc_array_type(one_type && *one_type == "0" ? 0 : 1);
-
+void StateDataSetReal::normalise_txt(std::map<std::string, std::string>& params, int base) {
     if (const std::string* norm = find_param(params, "normalize_cond"))
         cond_standartize(*norm == "just_mean", base);
     if (const std::string* ref = find_param(params, "norm_gene_by_ref"); ref && *ref == "1")
         gene_norm_by_ref(base + param_int(params, "reference_col", 0), base);
     if (const std::string* ng = find_param(params, "normalize_gene"); ng && *ng == "1")
         gene_standartize(false, base);
-    std::cerr << "match count = " << matched << std::endl;
 }
 
 void StateDataSetReal::read_key(const std::string& type, std::map<std::string, std::string>& params,

@@ -75,6 +75,25 @@ protected:
     void fit_exp_tables(int n, float weight_fill, int array_fill);
     // Variable id of a wide-table key through the universe's maps, -1 if none.
     int match_name(const std::string& key) const;
+
+    // How a wide table is read: its keys, and whether row keys are variable ids (a first header
+    // field "Var_id"); `base` is the first experiment of the table.
+    struct TxtLayout {
+        int take_log = 0;
+        int key_col = 0;
+        int first_data_col = 1;
+        bool is_affy = false;
+        bool click = false;
+        bool var_ids = false;
+        int base = 0;
+    };
+    // The steps of read_txt: one experiment per named header column (or `cols` of a click header);
+    // the rows matched to variables, returning their count; the normalisations asked for.
+    void read_txt_header(std::istream& in, TxtLayout& t, int key_id);
+    int read_txt_rows(std::istream& in, const TxtLayout& t);
+    void normalise_txt(std::map<std::string, std::string>& params, int base);
+    // A new experiment of the table in series 0, weight 1, no array.
+    void append_txt_exp(const std::string& name, int key);
 };
 
 #endif

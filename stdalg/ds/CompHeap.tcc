@@ -4,6 +4,8 @@
 
 #include "error.h"
 
+#include <limits>
+
 inline constexpr char kCompHeapSrc[] = "../stdalg/ds/CompHeap";
 
 template <class H> void CompHeap<H>::grow(int heap) {
@@ -31,7 +33,8 @@ template <class H> double CompHeap<H>::value(int heap, int id) const {
 }
 
 template <class H> int CompHeap<H>::get_min_heap() {
-    double best = 3.4028235e38;
+    // A key whose sum reaches the largest float stands for "no move" and is never picked.
+    double best = static_cast<double>(std::numeric_limits<float>::max());
     int best_heap = -1;
     for (std::size_t i = 0; i < m_heaps.size(); ++i) {
         const HeapBase::Node* m = m_heaps[i].min_node();

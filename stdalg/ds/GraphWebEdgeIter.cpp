@@ -5,7 +5,7 @@
 
 GraphWebEdgeIter::GraphWebEdgeIter(const GraphWeb& graph, int node, Direction dir)
     : GraphBaseEdgeIter(node, dir), m_graph(&graph), m_next(-1), m_axis(0), m_prev(-1) {
-    first();
+    seek_first();
 }
 
 bool GraphWebEdgeIter::node_ok() const { return m_node >= 0 && m_graph->node_use(m_node); }
@@ -26,7 +26,9 @@ void GraphWebEdgeIter::land(int axis, int edge) {
     m_cur_dir = axis == 0 ? Out : In;
 }
 
-void GraphWebEdgeIter::first() {
+void GraphWebEdgeIter::first() { seek_first(); }
+
+void GraphWebEdgeIter::seek_first() {
     if (!node_ok()) {
         land(m_dir == In ? 1 : 0, -1);
         return;

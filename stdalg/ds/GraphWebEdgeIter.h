@@ -23,6 +23,8 @@ public:
     int axis() const { return m_axis; }
 
 private:
+    // The body of first(), also run by the constructor, where no override may be called.
+    void seek_first();
     void land(int axis, int edge);
     bool node_ok() const;
 

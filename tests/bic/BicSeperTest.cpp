@@ -111,28 +111,23 @@ TEST(SeperTrack, TracksAndObserversMatchBruteForce) {
             const std::vector<int> in_e = PairTable::members(b.m_exps), in_v = PairTable::members(b.m_vars);
             auto vscore = [&](int x) { return pt.var_margin(in_e, x); };
             auto escore = [&](int x) { return pt.exp_margin(in_v, x); };
-            // Track scores, lists in ascending order of score, separations.
-            for (int x = kConds; x < kConds + kGenes; ++x)
-                ASSERT_NEAR(vt.score(x), vscore(x), 1e-4) << "step " << step;
-            for (int x = 0; x < kConds; ++x)
-                ASSERT_NEAR(ct.score(x), escore(x), 1e-4) << "step " << step;
-            std::vector<int> got;
-            for (const VarTracker& t : vt.m_in)
-                got.push_back(t.m_node);
-            std::sort(got.begin(), got.end());
-            ASSERT_EQ(got, in_v);
-            ASSERT_EQ(vt.m_out.size(), var_out.size());
-            for (size_t i = 1; i < vt.m_in.size(); ++i)
-                ASSERT_LE(vt.score(vt.m_in[i - 1].m_node), vt.score(vt.m_in[i].m_node));
-            for (size_t i = 1; i < vt.m_out.size(); ++i)
-                ASSERT_LE(vt.score(vt.m_out[i - 1].m_node), vt.score(vt.m_out[i].m_node));
-            got.clear();
-            for (const CondTracker& t : ct.m_in)
-                got.push_back(t.m_node);
-            std::sort(got.begin(), got.end());
-            ASSERT_EQ(got, in_e);
-            for (size_t i = 1; i < ct.m_out.size(); ++i)
-                ASSERT_LE(ct.score(ct.m_out[i - 1].m_node), ct.score(ct.m_out[i].m_node));
+            // Track scores, members, lists in ascending order of score, separations.
+            const auto check_track = [&](const auto& t, int from, int to, auto score,
+                                         const std::vector<int>& in, size_t out_size) {
+                for (int x = from; x < to; ++x)
+                    ASSERT_NEAR(t.score(x), score(x), 1e-4) << "step " << step;
+                std::vector<int> got;
+                for (const auto& tr : t.m_in)
+                    got.push_back(tr.m_node);
+                std::sort(got.begin(), got.end());
+                ASSERT_EQ(got, in);
+                ASSERT_EQ(t.m_out.size(), out_size);
+                for (const auto* list : {&t.m_in, &t.m_out})
+                    for (size_t i = 1; i < list->size(); ++i)
+                        ASSERT_LE(t.score((*list)[i - 1].m_node), t.score((*list)[i].m_node));
+            };
+            check_track(vt, kConds, kConds + kGenes, vscore, in_v, var_out.size());
+            check_track(ct, 0, kConds, escore, in_e, cond_out.size());
             if (!in_v.empty())
                 var_seper = gap(in_v, var_out, vscore, vscore, 0.0);
             if (!in_e.empty())
@@ -140,66 +135,47 @@ TEST(SeperTrack, TracksAndObserversMatchBruteForce) {
             ASSERT_NEAR(vt.m_seper, var_seper, 1e-4) << "step " << step;
             ASSERT_NEAR(ct.m_seper, cond_seper, 1e-4) << "step " << step;
 
-            // Condition observers: own gain is the margin; candidates and their separation change.
-            for (int x = 0; x < kConds; ++x) {
-                const double m = escore(x);
-                ASSERT_NEAR(eo[x].m_gain, m, 1e-4);
-                const bool in = b.m_exps.get_ind(x);
-                if (!in && m <= 1e-4) {
-                    if (m <= 0 && eo[x].m_gain <= 0) {
-                        ASSERT_FALSE(eh.is_used(0, x)) << "step " << step << " cond " << x;
+            // The observers of one side, on the separation of the other: the own gain is the margin; a
+            // node outside without a positive gain has no entry; else its entry (conditions on heap 0,
+            // variables on 0 outside and 1 inside) is minus the change of separation its move brings:
+            // without it the other side's scores lose its pair weight; with it the members gain their
+            // non-edge weight and the others their pair weight.
+            const auto check_side = [&](auto& obs, BicHeap& h, int from, int to, bool cond,
+                                        const std::vector<int>& o_in, const std::vector<int>& o_out,
+                                        auto o_score, double seper) {
+                for (int x = from; x < to; ++x) {
+                    SCOPED_TRACE("step " + std::to_string(step) + " node " + std::to_string(x));
+                    const double m = cond ? escore(x) : vscore(x);
+                    ASSERT_NEAR(obs[x].m_gain, m, 1e-4);
+                    const bool in = (cond ? b.m_exps : b.m_vars).get_ind(x);
+                    const int heap = !cond && in ? 1 : 0;
+                    if (!in && m <= 1e-4) {
+                        if (m <= 0 && obs[x].m_gain <= 0) {
+                            ASSERT_FALSE(h.is_used(0, x));
+                        }
+                        continue;
                     }
-                    continue;
+                    ASSERT_TRUE(h.is_used(heap, x));
+                    ASSERT_FALSE(!cond && h.is_used(1 - heap, x));
+                    if (o_in.empty() || (!in && o_out.empty()))
+                        continue;
+                    const auto pair = [&](int o) { return cond ? pt.pair(x, o) : pt.pair(o, x); };
+                    const auto non_edge = [&](int o) {
+                        return cond ? w.get_non_edge_exp_weight(x, w.get_var_node_bin(o))
+                                    : w.get_non_edge_exp_weight(o, w.get_var_node_bin(x));
+                    };
+                    const auto without = [&](int o) { return o_score(o) - pair(o); };
+                    const double delta =
+                        in ? gap(o_in, o_out, without, without, seper)
+                           : gap(
+                                 o_in, o_out, [&](int o) { return o_score(o) + non_edge(o); },
+                                 [&](int o) { return o_score(o) + pair(o); }, seper);
+                    ASSERT_NEAR(obs[x].m_delta, delta, 1e-4);
+                    ASSERT_NEAR(h.value(heap, x), -delta, 1e-4);
                 }
-                ASSERT_TRUE(eh.is_used(0, x)) << "step " << step << " cond " << x;
-                if (in_v.empty() || (!in && var_out.empty()))
-                    continue;
-                double delta;
-                if (in) // without x: scores lose x's pair weight
-                    delta = gap(
-                        in_v, var_out, [&](int y) { return vscore(y) - pt.pair(x, y); },
-                        [&](int y) { return vscore(y) - pt.pair(x, y); }, var_seper);
-                else // with x: the members gain their non-edge weight, the others the pair weight
-                    delta = gap(
-                        in_v, var_out,
-                        [&](int y) {
-                            return vscore(y) + w.get_non_edge_exp_weight(x, w.get_var_node_bin(y));
-                        },
-                        [&](int y) { return vscore(y) + pt.pair(x, y); }, var_seper);
-                ASSERT_NEAR(eo[x].m_delta, delta, 1e-4) << "step " << step << " cond " << x;
-                ASSERT_NEAR(eh.value(0, x), -delta, 1e-4);
-            }
-            // Variable observers, the mirror on the condition separation.
-            for (int y = kConds; y < kConds + kGenes; ++y) {
-                const double m = vscore(y);
-                ASSERT_NEAR(vo[y].m_gain, m, 1e-4);
-                const bool in = b.m_vars.get_ind(y);
-                const int heap = in ? 1 : 0;
-                if (!in && m <= 1e-4) {
-                    if (m <= 0 && vo[y].m_gain <= 0) {
-                        ASSERT_FALSE(vh.is_used(0, y)) << "step " << step << " var " << y;
-                    }
-                    continue;
-                }
-                ASSERT_TRUE(vh.is_used(heap, y)) << "step " << step << " var " << y;
-                ASSERT_FALSE(vh.is_used(1 - heap, y));
-                if (in_e.empty())
-                    continue;
-                double delta;
-                if (in)
-                    delta = gap(
-                        in_e, cond_out, [&](int x) { return escore(x) - pt.pair(x, y); },
-                        [&](int x) { return escore(x) - pt.pair(x, y); }, cond_seper);
-                else
-                    delta = gap(
-                        in_e, cond_out,
-                        [&](int x) {
-                            return escore(x) + w.get_non_edge_exp_weight(x, w.get_var_node_bin(y));
-                        },
-                        [&](int x) { return escore(x) + pt.pair(x, y); }, cond_seper);
-                ASSERT_NEAR(vo[y].m_delta, delta, 1e-4) << "step " << step << " var " << y;
-                ASSERT_NEAR(vh.value(heap, y), -delta, 1e-4);
-            }
+            };
+            check_side(eo, eh, 0, kConds, true, in_v, var_out, vscore, var_seper);
+            check_side(vo, vh, kConds, kConds + kGenes, false, in_e, cond_out, escore, cond_seper);
         }
     }
 }

@@ -27,7 +27,8 @@ inline ValSpaceProb* synth_space() {
         down.init({-2.0f, -0.5f}, {1.0f, 0.0f});
         flat.init({-1.0f, 0.0f, 1.0f}, {0.0f, 1.0f, 0.0f});
         up.init({0.5f, 2.0f}, {0.0f, 1.0f});
-        vs = new ValSpaceProb(*new options, "", true);
+        static options none;
+        vs = new ValSpaceProb(none, "", true);
         vs->init({&down, &flat, &up}, -4.0f, 1.0f, 4.0f, 0.01f, 0);
     }
     return vs;
@@ -53,12 +54,22 @@ inline options& synth_options() {
     return *o;
 }
 
-// A conditions x genes table of standard normal noise; the planted genes are shifted up by `shift`
-// in the planted conditions. The graph, the measurement classes and a WgtSchemeGroupIndeg with
-// ModelP `model_p` are built on it.
+// Genes shifted by `shift` in some conditions of a synthetic table.
+struct Planting {
+    std::vector<int> genes, conds;
+    float shift;
+};
+
+// A conditions x genes table of standard normal noise; the genes of each planting are shifted by its
+// shift in its conditions, in turn; then, if `missing` is above 0, each cell in turn is made missing
+// with that chance. The graph, the measurement classes and a WgtSchemeGroupIndeg with ModelP
+// `model_p` are built on it.
 struct Synth {
     Synth(int conds, int genes, const std::vector<int>& pconds, const std::vector<int>& pgenes, float shift,
           unsigned seed, bool orient, float model_p = 0.8f)
+        : Synth(conds, genes, {{pgenes, pconds, shift}}, seed, orient, model_p) {}
+    Synth(int conds, int genes, const std::vector<Planting>& planted, unsigned seed, bool orient,
+          float model_p = 0.8f, float missing = 0.0f)
         : universe(synth_space()), data(universe) {
         Quiet q;
         universe.init_idspace(genes);
@@ -68,9 +79,15 @@ struct Synth {
         for (int v = 0; v < genes; ++v)
             for (int e = 0; e < conds; ++e)
                 data.m_data(v, e) = noise(rng);
-        for (int v : pgenes)
-            for (int e : pconds)
-                data.m_data(v, e) += shift;
+        for (const Planting& p : planted)
+            for (int v : p.genes)
+                for (int e : p.conds)
+                    data.m_data(v, e) += p.shift;
+        std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+        for (int v = 0; missing > 0.0f && v < genes; ++v)
+            for (int e = 0; e < conds; ++e)
+                if (unit(rng) < missing)
+                    data.m_data(v, e) = -3.4028235e+38f;
         graph.reset(new ExpVarGraphACO(universe, data, synth_options(), orient ? "G1" : "G0", true));
         ec.reset(new ArrayVarEC(data));
         wgt.reset(new WgtSchemeGroupIndeg(*graph, *ec, synth_options(), "W", model_p, true));

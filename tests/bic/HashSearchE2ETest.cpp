@@ -12,13 +12,8 @@
 
 namespace {
 
-struct Planted {
-    std::vector<int> genes, conds;
-    float shift;
-};
-
 // Cells as (gene, condition) pairs, orientation dropped.
-std::set<std::pair<int, int>> cells_of(const Planted& p) {
+std::set<std::pair<int, int>> cells_of(const Planting& p) {
     std::set<std::pair<int, int>> out;
     for (int g : p.genes)
         for (int c : p.conds)
@@ -48,39 +43,9 @@ std::vector<int> range(int from, int to) {
 
 // 300 genes x 40 conditions of standard normal noise, 2% of cells missing; three modules: 30 x 8 up,
 // 40 x 10 up overlapping the first in 10 genes and 3 conditions, 20 x 6 down.
-struct Planted3 {
-    Planted3() : universe(synth_space()), data(universe) {
-        planted = {{range(0, 30), range(0, 8), 3.0f},
-                   {range(20, 60), range(5, 15), 3.0f},
-                   {range(100, 120), range(20, 26), -3.0f}};
-        Quiet q;
-        universe.init_idspace(300);
-        data.set_max_eid(40, 0.0f);
-        std::mt19937 rng(31337);
-        std::normal_distribution<float> noise(0.0f, 1.0f);
-        std::uniform_real_distribution<float> unit(0.0f, 1.0f);
-        for (int v = 0; v < 300; ++v)
-            for (int e = 0; e < 40; ++e)
-                data.m_data(v, e) = noise(rng);
-        for (const Planted& p : planted)
-            for (int g : p.genes)
-                for (int c : p.conds)
-                    data.m_data(g, c) += p.shift;
-        for (int v = 0; v < 300; ++v)
-            for (int e = 0; e < 40; ++e)
-                if (unit(rng) < 0.02f)
-                    data.m_data(v, e) = -3.4028235e+38f;
-        graph.reset(new ExpVarGraphACO(universe, data, synth_options(), "G1", true));
-        ec.reset(new ArrayVarEC(data));
-        wgt.reset(new WgtSchemeGroupIndeg(*graph, *ec, synth_options(), "W", 0.8f, true));
-    }
-    std::vector<Planted> planted;
-    VarUniverse universe;
-    StateDataSetReal data;
-    std::unique_ptr<ExpVarGraphACO> graph;
-    std::unique_ptr<ArrayVarEC> ec;
-    std::unique_ptr<WgtSchemeGroupIndeg> wgt;
-};
+const std::vector<Planting> kPlanted = {{range(0, 30), range(0, 8), 3.0f},
+                                        {range(20, 60), range(5, 15), 3.0f},
+                                        {range(100, 120), range(20, 26), -3.0f}};
 
 options& e2e_options() {
     static options* o = nullptr;
@@ -96,7 +61,7 @@ options& e2e_options() {
 }
 
 TEST(HashSearchE2E, PlantedBiclustersAreFoundAndSurviveTheTables) {
-    Planted3 p;
+    Synth p(40, 300, kPlanted, 31337, true, 0.8f, 0.02f);
     Random::reset(2024);
     Quiet q;
     BicGreedyOpt opt(*p.graph, *p.wgt, e2e_options(), "Greedy", true);
@@ -107,12 +72,12 @@ TEST(HashSearchE2E, PlantedBiclustersAreFoundAndSurviveTheTables) {
 
     // Recovery: for each planted bicluster the best match among the found.
     double recovery = 0.0;
-    for (const Planted& pl : p.planted) {
+    for (const Planting& pl : kPlanted) {
         double best = 0.0;
         for (const ExpVarBiclust& b : h.m_bics)
             best = std::max(best, jaccard(cells_of(pl), cells_of(b)));
         EXPECT_GE(best, 0.6);
-        recovery += best / static_cast<double>(p.planted.size());
+        recovery += best / static_cast<double>(kPlanted.size());
     }
     std::printf("[ hash search ] %zu biclusters, recovery %.3f\n", h.m_bics.size(), recovery);
     EXPECT_GE(recovery, 0.75);

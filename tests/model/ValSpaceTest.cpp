@@ -1,11 +1,84 @@
-// Value spaces and scalar functions: hand-worked bins, states, clamping and ties.
+// Value spaces and scalar functions: the contract every probability space keeps, then hand-worked
+// bins, states, clamping and ties.
 #include "ModelTestUtil.h"
+#include "ValSpace3.h"
+#include "ValSpaceAutoProb.h"
 #include "ValSpaceDiscrete.h"
 #include "ValSpaceK.h"
 #include "ValSpaceProb.h"
 #include "plinear.h"
 
 #include <memory>
+
+namespace {
+
+// Every value space whose get_val_state_prob is a probability, built as the cases below build it.
+struct Crisp3 {
+    static constexpr int kStates = 3;
+    static ValSpaceBase* make() { return new ValSpace3(test_options(""), "V"); }
+};
+struct Discrete {
+    static constexpr int kStates = 4;
+    static ValSpaceBase* make() {
+        options& o = test_options("[D]\nRanges = { f 3\n-1 0 1\n}\nBinSize = 0.5\n");
+        ValSpaceBase* vs = nullptr;
+        quiet([&] { vs = new ValSpaceDiscrete(o, "D"); });
+        return vs;
+    }
+};
+struct Prob {
+    static constexpr int kStates = 3;
+    static ValSpaceBase* make() {
+        options& o = test_options(
+            "[S0]\nPoints = { f 4\n-1 1 0 0\n}\n[S1]\nPoints = { f 6\n-1 0 0 1 1 0\n}\n"
+            "[S2]\nPoints = { f 8\n0 0 1 1 5 1 6 1\n}\n[VS]\nFuncScopes = { s 3\nS0\nS1\nS2\n}\nLogit = 0\n"
+            "BinSize = 0.5\nRangeMax = 2\nZeroState = 1.7\nRangeBase = -2\n");
+        ValSpaceBase* vs = nullptr;
+        quiet([&] { vs = new ValSpaceProb(o, "VS", false); });
+        return vs;
+    }
+};
+struct AutoProb {
+    static constexpr int kStates = 3;
+    static ValSpaceBase* make() {
+        Grid g(2, 3, {-1.75f, -0.75f, -0.25f, 0.25f, 1.25f, 1.75f});
+        ValSpaceAutoProb* vs = new ValSpaceAutoProb(
+            test_options(
+                "[Auto]\nLogit = 0\nSureFactor = 0.1\nSoSoFactor = 0.3\nOffset = 2\nMaxDiscBins = 8\n"),
+            "Auto", true);
+        quiet([&] { vs->reinit_auto(g.ds); });
+        return vs;
+    }
+};
+
+template <class S> class ValSpaceContract : public testing::Test {};
+typedef testing::Types<Crisp3, Discrete, Prob, AutoProb> ProbSpaces;
+TYPED_TEST_SUITE(ValSpaceContract, ProbSpaces);
+
+} // namespace
+
+// Every state lies in range, every probability in [0, 1], and no state is likelier than the state
+// of the value (all may be 0 where no state function reaches). The values sit in the middle of the
+// tabulation bins (0.5 wide from -2 or -1), away from the bin edges where the state and the
+// probability row are looked up by different roundings.
+TYPED_TEST(ValSpaceContract, StatesInRangeAndProbabilitiesAgreeWithTheState) {
+    const std::unique_ptr<ValSpaceBase> vs(TypeParam::make());
+    for (float v = -5.75f; v < 6.0f; v += 0.5f) {
+        SCOPED_TRACE(v);
+        const int s = vs->get_state_of_val(v);
+        ASSERT_GE(s, 0);
+        ASSERT_LT(s, TypeParam::kStates);
+        const float own = vs->get_val_state_prob(s, v);
+        for (int t = 0; t < TypeParam::kStates; ++t) {
+            const float p = vs->get_val_state_prob(t, v);
+            EXPECT_GE(p, 0.0f);
+            EXPECT_LE(p, own) << "state " << t;
+        }
+        EXPECT_LE(own, 1.0f);
+    }
+    const int zero = vs->get_zero_state();
+    EXPECT_TRUE(zero >= 0 && zero < TypeParam::kStates);
+}
 
 TEST(ScalarFunc, PiecewiseLinearAndFriends) {
     options& o =
