@@ -26,8 +26,7 @@ std::uint32_t to_bits(float f) {
 }
 
 // Reads a line of a tag and its integers.
-template <class T>
-std::vector<T> tagged(std::istream& in, const std::string& tag) {
+template <class T> std::vector<T> tagged(std::istream& in, const std::string& tag) {
     std::string line;
     std::getline(in, line);
     std::istringstream ls(line);
@@ -272,12 +271,9 @@ TEST(DnaPSSMTest, ConsensusAtThresholdCells) {
         {0.6f, 0.249f, 0.151f, 0.0f, '*'}, // 2400 + 997 = 3397
         {0.5f, 0.349f, 0.151f, 0.0f, '*'}, // 2000 + 1397 = 3397
         {0.151f, 0.0f, 0.5f, 0.349f, 'K'}, // 2002 + 1399 = 3401
-        {0.425f, 0.425f, 0.15f, 0.0f, 'M'},
-        {0.5f, 0.0f, 0.35f, 0.15f, 'R'},
-        {0.5f, 0.15f, 0.0f, 0.35f, 'W'},
-        {0.0f, 0.5f, 0.35f, 0.15f, 'S'},
-        {0.0f, 0.35f, 0.15f, 0.5f, 'Y'},
-        {0.25f, 0.25f, 0.25f, 0.25f, '*'},
+        {0.425f, 0.425f, 0.15f, 0.0f, 'M'}, {0.5f, 0.0f, 0.35f, 0.15f, 'R'},
+        {0.5f, 0.15f, 0.0f, 0.35f, 'W'},    {0.0f, 0.5f, 0.35f, 0.15f, 'S'},
+        {0.0f, 0.35f, 0.15f, 0.5f, 'Y'},    {0.25f, 0.25f, 0.25f, 0.25f, '*'},
         {0.0f, 0.0f, 0.0f, 1.0f, 'T'},
     };
     DnaPSSM p;
@@ -323,5 +319,7 @@ TEST(DnaPSSMDeathTest, UnequalWidths) {
     DnaPSSM a, b;
     a.resize(2);
     b.resize(3);
-    EXPECT_DEATH(a.dot_product(b), R"(DnaPSSM\([0-9]+\): dot product support equal sized profiles, extend the code if you ment something else)");
+    EXPECT_DEATH(
+        a.dot_product(b),
+        R"(DnaPSSM\([0-9]+\): dot product support equal sized profiles, extend the code if you ment something else)");
 }
