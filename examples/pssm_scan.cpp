@@ -81,8 +81,8 @@ int main(int argc, char** argv) {
                 continue;
             const std::string& name =
                 gene < static_cast<int>(universe.m_short_names.size()) ? universe.m_short_names[gene] : "";
-            hits << i << '\t' << consensus << '\t' << gene << '\t' << name << '\t' << pos << '\t' << dir << '\t'
-                 << ll << '\t' << affinity << '\n';
+            hits << i << '\t' << consensus << '\t' << gene << '\t' << name << '\t' << pos << '\t' << dir
+                 << '\t' << ll << '\t' << affinity << '\n';
             ++lines;
         }
     }

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include <random>
 #include <sstream>
 #include <tuple>
@@ -65,4 +67,38 @@ TEST(KMerFastCountTest, SameAsMapWalk) {
     testing::internal::GetCapturedStderr();
     EXPECT_FALSE(KMerFastCount::can_count(8, 1, 0, 0));
     EXPECT_FALSE(KMerFastCount::can_count(8, 0, 0, 1));
+}
+
+// Real data (bench/data/fetch_seqpack.sh): Debian's fly 2-kb promoters, upper-cased; Jellyfish's
+// 8-mer counts of the same file (count without -C, dump -c). Skips when the files are absent.
+TEST(KMerFastCountRealTest, FlyEightMersEqualJellyfish) {
+    const std::string dir = source_dir() + "/bench/data/out/seqpack/";
+    std::ifstream genes(dir + "fly_genes.tab"), fasta(dir + "fly_promoters.fa"), jf(dir + "jf8.tsv");
+    if (!genes || !fasta || !jf)
+        GTEST_SKIP() << "no fly promoters or Jellyfish counts: run bench/data/fetch_seqpack.sh";
+    VarUniverse univ;
+    testing::internal::CaptureStderr();
+    univ.read_short_tabs(genes);
+    DnaSeqGenomePromoters<DnaSequence> genome;
+    genome.read_fasta(2000, univ, fasta, false, false);
+    testing::internal::GetCapturedStderr();
+    ASSERT_EQ(genome.id_space_size(), 26454);
+    ds_bitvec all(univ.size());
+    all.set(true);
+    KMerFastCount fc;
+    fc.count(genome, all, 8, 0, -1);
+    std::string kmer;
+    std::uint64_t count;
+    int lines = 0, pure = 0, wrong = 0;
+    while (jf >> kmer >> count) {
+        ++lines;
+        if (fc.get_count(kmer) != count && ++wrong < 5)
+            ADD_FAILURE() << kmer << ": " << fc.get_count(kmer) << " vs Jellyfish " << count;
+    }
+    fc.for_each([&](const std::string& t, std::uint64_t, int) {
+        pure += t.find_first_not_of("ACGT") == std::string::npos;
+    });
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(pure, lines); // no 8-mer of A, C, G, T that Jellyfish doesn't have
+    EXPECT_EQ(lines, 65536);
 }

@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include "TestSupport.h"
+
 #include <cmath>
+#include <fstream>
 #include <sstream>
 
 TEST(PssmSetTest, ReadsKeysCountsAndShiftsIds) {
@@ -81,4 +84,54 @@ TEST(PssmSetDeathTest, FatalTexts) {
             set.read("/nonexistent/a.pssmk", "/nonexistent/b.pssmd", 0, 0, 0.0f, false);
         },
         R"(PssmSet\([0-9]+\): cannot open pssm files /nonexistent/a\.pssmk /nonexistent/b\.pssmd)");
+}
+
+// Real data (bench/data/fetch_seqpack.sh): the 205 JASPAR vertebrate PFMs of Debian's PWMEnrich, as
+// converted to pssmk/pssmd, against the original file read here. Skips when the files are absent.
+TEST(PssmSetRealTest, JasparVertebrates) {
+    const std::string dir = source_dir() + "/bench/data/out/seqpack/";
+    const std::string pfm =
+        source_dir() +
+        "/bench/data/scratch/seqpack/root/usr/lib/R/site-library/PWMEnrich/extdata/pfm_vertebrates.txt";
+    std::ifstream orig(pfm), key(dir + "jaspar.pssmk"), data(dir + "jaspar.pssmd");
+    if (!orig || !key || !data)
+        GTEST_SKIP() << "no JASPAR tables: run bench/data/fetch_seqpack.sh";
+    PssmSet set;
+    testing::internal::CaptureStderr();
+    set.read(key, data, 0, 0, 0.0f, false);
+    testing::internal::GetCapturedStderr();
+    ASSERT_EQ(set.size(), 205);
+    std::string line;
+    int id = -1;
+    std::vector<std::vector<float>> rows;
+    auto check = [&]() {
+        if (id < 0)
+            return;
+        const DnaPSSM& p = set.m_pssms[id];
+        ASSERT_EQ(p.width(), static_cast<int>(rows[0].size())) << id;
+        for (int c = 0; c < p.width(); ++c) {
+            const float sum = rows[0][c] + rows[1][c] + rows[2][c] + rows[3][c];
+            for (int b = 0; b < 4; ++b)
+                EXPECT_NEAR(p.m_profile[c].m_prob[b], rows[b][c] / sum, 1e-6) << id << " " << c;
+        }
+    };
+    while (std::getline(orig, line)) {
+        if (line.empty())
+            continue;
+        if (line[0] == '>') {
+            check();
+            ++id;
+            rows.clear();
+            continue;
+        }
+        std::istringstream ls(line);
+        rows.emplace_back();
+        float v;
+        while (ls >> v)
+            rows.back().push_back(v);
+    }
+    check();
+    EXPECT_EQ(id, 204);
+    EXPECT_EQ(set.m_consensus[0], "MA0004.1");
+    EXPECT_EQ(set.m_pssms[0].get_consensus(), "CACGTG");
 }
