@@ -155,7 +155,7 @@ void DnaPSSM::window(int length, int& first, int& end) const {
     end = std::min(m_max_range, length - width());
 }
 
-float DnaPSSM::forward_score(const char* site, bool early_stop, float best) const {
+float DnaPSSM::forward_score(const char* site) const {
     float sum = 0.0f;
     const int w = width();
     for (int i = 0; i < w; ++i) {
@@ -173,9 +173,6 @@ float DnaPSSM::forward_score(const char* site, bool early_stop, float best) cons
             return kLogZero;
         else
             sum += kUnknownLog;
-        // Logs are never positive: once below the best, the sum can't come back.
-        if (early_stop && best > sum)
-            return sum;
     }
     return sum;
 }
@@ -202,10 +199,36 @@ float DnaPSSM::reverse_score(const char* site) const {
     return sum;
 }
 
+namespace {
+// Letter codes of the best-site scan: A C G T 0-3, NUL 4, any other letter 5.
+struct ScanCodes {
+    unsigned char code[256];
+    ScanCodes() {
+        for (int i = 0; i < 256; ++i)
+            code[i] = 5;
+        code[static_cast<unsigned char>('A')] = 0;
+        code[static_cast<unsigned char>('C')] = 1;
+        code[static_cast<unsigned char>('G')] = 2;
+        code[static_cast<unsigned char>('T')] = 3;
+        code[0] = 4;
+    }
+};
+const ScanCodes& scan_codes() {
+    static const ScanCodes t;
+    return t;
+}
+} // namespace
+
+// The best-site scan of every promoter for every PSSM is the hot loop of scoring. The letters are
+// coded once per call and each column's logs are laid out by code for both strands (the reverse
+// strand's row i is column width - 1 - i with complemented letters), so the sums are the very
+// additions, in the same order, that forward_score and reverse_score make. The reverse strand may
+// stop early too when no entry is positive: a sum below the best can then only fall further.
 int DnaPSSM::max_like_match(const std::string& seq, float& best, int& dir) const {
     dir = 1;
     const int length = static_cast<int>(seq.size());
-    if (length < width()) {
+    const int w = width();
+    if (length < w) {
         best = kLogZero;
         return 0;
     }
@@ -213,16 +236,62 @@ int DnaPSSM::max_like_match(const std::string& seq, float& best, int& dir) const
     int at = 0;
     int first, end;
     window(length, first, end);
-    const char* data = seq.data();
+    if (end <= first)
+        return at;
+
+    thread_local std::vector<unsigned char> codes;
+    thread_local std::vector<float> fwd, rev;
+    codes.resize(static_cast<std::size_t>(length));
+    const unsigned char* table = scan_codes().code;
+    for (int i = 0; i < length; ++i)
+        codes[i] = table[static_cast<unsigned char>(seq[i])];
+    fwd.assign(static_cast<std::size_t>(w) * 8, kUnknownLog);
+    rev.assign(static_cast<std::size_t>(w) * 8, kUnknownLog);
+    bool rev_nonpositive = true;
+    for (int i = 0; i < w; ++i) {
+        const float* lg = m_profile[i].m_log;
+        const float* rl = m_profile[w - 1 - i].m_log;
+        for (int b = 0; b < 4; ++b) {
+            fwd[8 * i + b] = lg[b];
+            rev[8 * i + b] = rl[3 - b];
+            rev_nonpositive = rev_nonpositive && !(rl[3 - b] > 0.0f);
+        }
+    }
+    const unsigned char* c = codes.data();
+    const float* ft = fwd.data();
+    const float* rt = rev.data();
+    const bool rev_stop = rev_nonpositive;
     for (int s = first; s < end; ++s) {
-        const float f = forward_score(data + s, true, best);
-        if (f > best) {
-            best = f;
+        const unsigned char* site = c + s;
+        float sum = 0.0f;
+        for (int i = 0; i < w; ++i) {
+            const unsigned char k = site[i];
+            if (k == 4) {
+                sum = kLogZero;
+                break;
+            }
+            sum += ft[8 * i + k];
+            // Logs are never positive: once below the best, the sum can't come back.
+            if (best > sum)
+                break;
+        }
+        if (sum > best) {
+            best = sum;
             dir = 1;
             at = s;
         }
         if (m_bidirect) {
-            const float r = reverse_score(data + s);
+            float r = 0.0f;
+            for (int i = 0; i < w; ++i) {
+                const unsigned char k = site[i];
+                if (k == 4) {
+                    r = kLogZero;
+                    break;
+                }
+                r += rt[8 * i + k];
+                if (rev_stop && best > r)
+                    break;
+            }
             if (r > best) {
                 best = r;
                 dir = -1;
@@ -247,7 +316,7 @@ void DnaPSSM::update_like_vec(const std::string& seq, std::vector<float>& ll, st
     if (dirs.size() < need)
         dirs.resize(need, 0);
     for (int s = first; s < end; ++s) {
-        float score = forward_score(seq.data() + s, false, 0.0f);
+        float score = forward_score(seq.data() + s);
         dirs[s] = 1;
         if (m_bidirect) {
             const float r = reverse_score(seq.data() + s);

@@ -90,7 +90,8 @@ public:
 private:
     // First start and end (excluded) of the scan window.
     void window(int length, int& first, int& end) const;
-    float forward_score(const char* site, bool early_stop, float best) const;
+    // Sums of one site without early stop (a NUL gives -3.4028235e+38).
+    float forward_score(const char* site) const;
     float reverse_score(const char* site) const;
     template <class Add>
     void count_sites(const std::string& seq, const std::vector<float>& w,

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Independent single-precision model of PSSM scans and counting, and the case table it writes.
 
-Draws random PSSMs (logs given directly, some from a small set of values so that ties are common)
+Draws random PSSMs (logs given directly, some from a small set of values so that ties are common,
+some log-odds with positive entries)
 and random sequences with N, '*' and NUL (written '.'), and computes with numpy float32 arithmetic:
 the best site (start, score, strand), the scores of all starts of the window, the weighted counts,
 and the likelihood of words on both strands. Floats are written as the integer of their 32 bits.
@@ -85,6 +86,9 @@ def main():
         for _ in range(w):
             if tied:
                 logs.append([quant[int(rng.integers(0, 4))] for _ in range(4)])
+            elif case % 6 == 5:
+                # log-odds columns: positive entries too
+                logs.append([f32(x) for x in rng.normal(0, 2, 4)])
             else:
                 p = rng.dirichlet([1, 1, 1, 1])
                 logs.append([f32(np.log(x)) if x > 1e-30 else f32(-3.4028235e36) for x in p])
