@@ -1,0 +1,222 @@
+// The Viterbi, forward and backward decoders.
+#include "HMMDecode.h"
+
+#include "LogProb.h"
+#include "error.h"
+
+#include <iostream>
+#include <iterator>
+
+static constexpr char kSrc[] = "HMMDecode";
+
+// Start value of the Viterbi table: above the log of zero, so that an unreached cell still ranks
+// above a path through an impossible edge.
+static constexpr float kViterbiInit = -4.2535293e37f;
+
+void HMMDecodeBase::size_tab(const SymbolSequence& seq, float fill) {
+    m_num_states = m_hmm.num_states();
+    m_length = static_cast<int>(seq.size());
+    m_tab.assign(static_cast<std::size_t>(m_length + 2) * m_num_states, fill);
+}
+
+int HMMDecodeBase::symbol_at(const SymbolSequence& seq, int i) const {
+    const int x = seq.code_at(i);
+    if (x >= m_hmm.m_alphabet_size)
+        VESK_FATAL(kSrc, "Symbol " << x << " at position " << i << " outside the alphabet of size "
+                                   << m_hmm.m_alphabet_size);
+    return x;
+}
+
+int HMMDecodeBase::finish_state() const {
+    if (m_hmm.m_finish_state < 0)
+        VESK_FATAL(kSrc, "Decoding a model without a finish state");
+    return m_hmm.m_finish_state;
+}
+
+void ViterbiDecode::reinit_tabs(const SymbolSequence& seq) {
+    size_tab(seq, kViterbiInit);
+    m_trace.assign(m_tab.size(), -1);
+    std::cerr << "reinit to length " << m_length << " states " << m_num_states << "\n";
+}
+
+float ViterbiDecode::decode(const SymbolSequence& seq, HMMPath& path) {
+    reinit_tabs(seq);
+    const int fin = finish_state();
+    const int S = m_num_states;
+    const int L = m_length;
+    const std::vector<HMMState>& states = m_hmm.m_states;
+    cell(0, 0) = 0.0f;
+    for (int i = 1; i <= L; ++i) {
+        const int x = symbol_at(seq, i - 1);
+        float* prev = &m_tab[static_cast<std::size_t>(i - 1) * S];
+        float* row = &m_tab[static_cast<std::size_t>(i) * S];
+        int* trace = &m_trace[static_cast<std::size_t>(i) * S];
+        for (int k = 1; k < S; ++k) {
+            if (!states[k].m_active || states[k].m_silent)
+                continue;
+            float best = kLogZero;
+            for (const HMMAdjacency& a : m_hmm.m_back_adj[k]) {
+                const float cand = prev[a.from] + a.log_p;
+                if (cand > 0.0f)
+                    VESK_FATAL(kSrc, "positive log prob " << cand << " v tab " << prev[a.from] << " adj "
+                                                          << a.log_p);
+                if (cand > best) {
+                    best = cand;
+                    trace[k] = a.from;
+                }
+            }
+            row[k] = best + states[k].m_log_emit[x];
+        }
+        for (int k = 1; k < S; ++k) {
+            if (!states[k].m_active || !states[k].m_silent)
+                continue;
+            float best = kLogZero;
+            for (const HMMAdjacency& a : m_hmm.m_back_adj[k]) {
+                const float cand = row[a.from] + a.log_p;
+                if (cand > 0.0f)
+                    VESK_FATAL(kSrc, "positive log prob " << cand << " v tab " << row[a.from] << " adj "
+                                                          << a.log_p);
+                if (cand > best) {
+                    best = cand;
+                    trace[k] = a.from;
+                }
+            }
+            row[k] = best;
+        }
+    }
+
+    float best = kLogZero;
+    int state = -1;
+    for (const HMMAdjacency& a : m_hmm.m_back_adj[fin]) {
+        const float v = a.log_p + cell(L, a.from);
+        if (v > best) {
+            best = v;
+            state = a.from;
+        }
+    }
+    std::cerr << "best fin val = " << best << "\n";
+
+    // The path of this call goes after whatever `path` held already.
+    path.push_back(state);
+    auto head = std::prev(path.end());
+    int row = L;
+    // A path visits at most every state of every row once; more steps mean a loop of silent
+    // pointers, which only a silent edge from a higher to a lower id can make.
+    long steps = 0;
+    const long max_steps = static_cast<long>(L + 1) * S;
+    while (state != 0) {
+        const int back = state < 0 ? state : m_trace[static_cast<std::size_t>(row) * S + state];
+        if (back < 0)
+            VESK_FATAL(kSrc, "Negative traceback " << back);
+        if (++steps > max_steps)
+            VESK_FATAL(kSrc, "Traceback does not reach the start state");
+        head = path.insert(head, back);
+        if (!states[state].m_silent)
+            --row;
+        state = back;
+    }
+    return best;
+}
+
+void ForwardDecode::reinit_tabs(const SymbolSequence& seq) { size_tab(seq, kLogZero); }
+
+float ForwardDecode::decode(const SymbolSequence& seq) {
+    reinit_tabs(seq);
+    const int fin = finish_state();
+    const int S = m_num_states;
+    const int L = m_length;
+    const std::vector<HMMState>& states = m_hmm.m_states;
+    m_trace_buf.clear();
+    cell(0, 0) = 0.0f;
+    for (int i = 1; i <= L; ++i) {
+        m_trace_buf += "i = ";
+        m_trace_buf += std::to_string(i);
+        m_trace_buf += '\n';
+        const int x = symbol_at(seq, i - 1);
+        const float* prev = &m_tab[static_cast<std::size_t>(i - 1) * S];
+        float* row = &m_tab[static_cast<std::size_t>(i) * S];
+        for (int k = 1; k < S; ++k) {
+            if (!states[k].m_active || states[k].m_silent)
+                continue;
+            float acc = kLogZero;
+            for (const HMMAdjacency& a : m_hmm.m_back_adj[k]) {
+                if (a.log_p > 0.0f)
+                    VESK_FATAL(kSrc, "Log prob > 0 at k = " << a.from << " to " << k);
+                acc = log_sum_log(acc, prev[a.from] + a.log_p);
+            }
+            const float e = states[k].m_log_emit[x];
+            if (e > 0.0f)
+                VESK_FATAL(kSrc, "Log emission is > 0 at state " << k << " x_i " << x << " " << e);
+            row[k] = acc + e;
+        }
+        for (int k = 1; k < S; ++k) {
+            if (!states[k].m_active || !states[k].m_silent)
+                continue;
+            float acc = kLogZero;
+            for (const HMMAdjacency& a : m_hmm.m_back_adj[k]) {
+                if (a.log_p > 0.0f)
+                    VESK_FATAL(kSrc, "Log prob > 0 at k = " << a.from << " to " << k);
+                acc = log_sum_log(acc, row[a.from] + a.log_p);
+            }
+            row[k] = acc;
+        }
+    }
+    std::cerr << m_trace_buf;
+    std::cerr.flush();
+
+    float total = kLogZero;
+    for (const HMMAdjacency& a : m_hmm.m_back_adj[fin])
+        total = log_sum_log(total, a.log_p + cell(L, a.from));
+    return total;
+}
+
+void BackwardDecode::reinit_tabs(const SymbolSequence& seq) { size_tab(seq, kLogZero); }
+
+float BackwardDecode::decode(const SymbolSequence& seq) {
+    reinit_tabs(seq);
+    const int fin = finish_state();
+    const int S = m_num_states;
+    const int L = m_length;
+    const std::vector<HMMState>& states = m_hmm.m_states;
+    cell(L + 1, fin) = 0.0f;
+    cell(L, fin) = 0.0f;
+    for (const HMMAdjacency& a : m_hmm.m_back_adj[fin])
+        cell(L, a.from) = a.log_p;
+
+    // The sum over the out-edges of k at row i, x being the symbol after position i.
+    auto out_sum = [&](int i, int k, int x) {
+        const float* row = &m_tab[static_cast<std::size_t>(i) * S];
+        const float* next = row + S;
+        float acc = kLogZero;
+        for (const HMMAdjacency& a : m_hmm.m_adj[k]) {
+            const HMMState& t = states[a.to];
+            float term;
+            if (t.m_silent) {
+                term = a.log_p + row[a.to];
+            } else {
+                term = a.log_p + next[a.to];
+                // A sequence of length 0 has no symbol: the term is already below any real value.
+                if (x >= 0)
+                    term = term + t.m_log_emit[x];
+            }
+            acc = log_sum_log(acc, term);
+        }
+        return acc;
+    };
+
+    for (int i = L - 1; i >= 0; --i) {
+        const int x = symbol_at(seq, i);
+        float* row = &m_tab[static_cast<std::size_t>(i) * S];
+        for (int k = S - 2; k >= 1; --k) {
+            if (!states[k].m_active)
+                continue;
+            float sum = out_sum(i, k, x);
+            if (sum > 0.001f)
+                VESK_FATAL(kSrc, "Back Decode, Positive log prob! " << sum << " i " << i << " st " << k);
+            if (sum > 0.0f)
+                sum = 0.0f;
+            row[k] = sum;
+        }
+    }
+    return out_sum(0, 0, L > 0 ? symbol_at(seq, 0) : -1);
+}
