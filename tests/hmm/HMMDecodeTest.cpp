@@ -154,7 +154,7 @@ TEST(HMMDecode, TinyModelsEqualPathEnumeration) {
     auto uni = [&rng]() { return static_cast<float>(rng() / 4294967296.0); };
     QuietCerr quiet;
     int checked = 0;
-    for (int rep = 0; rep < 200; ++rep) {
+    for (int rep = 0; rep < 600; ++rep) {
         const int A = 2 + static_cast<int>(rng() % 2);
         const int n = 1 + static_cast<int>(rng() % 3);
         HMM h(A);
@@ -247,7 +247,7 @@ TEST(HMMDecode, TinyModelsEqualPathEnumeration) {
                 lp_fin = a.log_p;
         EXPECT_EQ(v, lp_fin + score);
     }
-    EXPECT_GT(checked, 100);
+    EXPECT_GT(checked, 150);
 }
 
 TEST(HMMDecode, EmptySequenceEndsFromTheStartOnly) {
