@@ -5,6 +5,7 @@ Writes (from the repository root):
   data/hmm/random_decode.txt  random models and sequences with the Viterbi score and path and the
                               forward and backward totals of the stated recursions, in float32
   data/hmm/casino_em1.txt     the casino model after one Baum-Welch round with pseudo counts, in double
+  data/hmm/casino_example.txt the bundled hmm_decode example: decoding, two training rounds, decoding
 
   /usr/bin/python3 tests/hmm/hmm_ref.py
 
@@ -236,44 +237,105 @@ def write_random(path, n_cases, seed):
     print("%s: %d cases (%d with no valid path skipped)" % (path, written, rejected), file=sys.stderr)
 
 
-def casino_em1(path):
-    """One Baum-Welch round in double on the casino with a silent start (0.5 to each die) and
-    finish edges of probability 1, pseudo count one per state spread over out-edges and symbols."""
-    x = [int(c) for c in "055545523405555012"]
+CASINO = dict(start=np.array([0.5, 0.5]), T=np.array([[0.95, 0.05], [0.1, 0.9]]),
+              end=np.array([1.0, 1.0]), E=np.array([[1 / 6.0] * 6, [0.1] * 5 + [0.5]]))
+CLASSIC = [int(c) for c in "055545523405555012"]
+
+
+def fwd_bwd(m, x):
+    """Forward and backward tables of a two-state model with start and end edges, in double."""
     L = len(x)
-    T = np.array([[0.95, 0.05], [0.1, 0.9]])
-    E = np.array([[1 / 6.0] * 6, [0.1] * 5 + [0.5]])
-    start = np.array([0.5, 0.5])
-    end = np.array([1.0, 1.0])
     a = np.zeros((L, 2))
     b = np.zeros((L, 2))
-    a[0] = start * E[:, x[0]]
+    a[0] = m["start"] * m["E"][:, x[0]]
     for i in range(1, L):
-        a[i] = (a[i - 1] @ T) * E[:, x[i]]
-    b[L - 1] = end
+        a[i] = (a[i - 1] @ m["T"]) * m["E"][:, x[i]]
+    b[L - 1] = m["end"]
     for i in range(L - 2, -1, -1):
-        b[i] = T @ (E[:, x[i + 1]] * b[i + 1])
-    P = a[L - 1] @ end
-    A0 = start * E[:, x[0]] * b[0] / P
+        b[i] = m["T"] @ (m["E"][:, x[i + 1]] * b[i + 1])
+    return a, b, a[L - 1] @ m["end"]
+
+
+def bw_round(m, seqs):
+    """One Baum-Welch round with pseudo counts: 1/out-degree per edge and 1/6 per symbol, one per
+    state in each denominator. Returns the new model and the total log likelihood of the old one."""
+    A0 = np.zeros(2)
     Akl = np.zeros((2, 2))
-    for i in range(L - 1):
-        Akl += np.outer(a[i], E[:, x[i + 1]] * b[i + 1]) * T / P
-    Aend = a[L - 1] * end / P
-    gamma = a * b / P
+    Aend = np.zeros(2)
     Ek = np.zeros((2, 6))
-    for i in range(L):
-        Ek[:, x[i]] += gamma[i]
+    ll = 0.0
+    for x in seqs:
+        a, b, P = fwd_bwd(m, x)
+        ll += np.log(P)
+        A0 += m["start"] * m["E"][:, x[0]] * b[0] / P
+        for i in range(len(x) - 1):
+            Akl += np.outer(a[i], m["E"][:, x[i + 1]] * b[i + 1]) * m["T"] / P
+        Aend += a[-1] * m["end"] / P
+        g = a * b / P
+        for i in range(len(x)):
+            Ek[:, x[i]] += g[i]
+    tot = Akl.sum(axis=1) + Aend
+    new = dict(start=(A0 + 0.5) / (A0.sum() + 1),
+               T=(Akl + 1 / 3.0) / (tot[:, None] + 1),
+               end=(Aend + 1 / 3.0) / (tot + 1),
+               E=(Ek + 1 / 6.0) / (Ek.sum(axis=1)[:, None] + 1))
+    return new, ll
+
+
+def viterbi2(m, x):
+    """Best path score and states (1 fair, 2 loaded) in double."""
+    with np.errstate(divide="ignore"):
+        lT, lE = np.log(m["T"]), np.log(m["E"])
+        v = np.log(m["start"]) + lE[:, x[0]]
+    back = []
+    for c in x[1:]:
+        s = v[:, None] + lT
+        back.append(s.argmax(axis=0))
+        v = s.max(axis=0) + lE[:, c]
+    v = v + np.log(m["end"])
+    st = int(v.argmax())
+    path = [st]
+    for bk in reversed(back):
+        st = int(bk[st])
+        path.insert(0, st)
+    return v.max(), [0] + [p + 1 for p in path]
+
+
+def model_lines(m):
+    lines = ["0 %d %.12g" % (l + 1, m["start"][l]) for l in range(2)]
+    for k in range(2):
+        lines += ["%d %d %.12g" % (k + 1, l + 1, m["T"][k, l]) for l in range(2)]
+        lines.append("%d 3 %.12g" % (k + 1, m["end"][k]))
+    for k in range(2):
+        lines.append("%d %s" % (k + 1, " ".join("%.12g" % m["E"][k, s] for s in range(6))))
+    return lines
+
+
+def casino_em1(path):
+    """One round on the classic rolls."""
+    new, ll = bw_round(CASINO, [CLASSIC])
     lines = ["# casino after one round: from to p, then state p_0..p_5; made by tests/hmm/hmm_ref.py",
-             "loglik %.12g" % np.log(P)]
-    lines += ["0 %d %.12g" % (l + 1, (A0[l] + 0.5) / (A0.sum() + 1)) for l in range(2)]
-    for k in range(2):
-        tot = Akl[k].sum() + Aend[k]
-        for l in range(2):
-            lines.append("%d %d %.12g" % (k + 1, l + 1, (Akl[k, l] + 1 / 3.0) / (tot + 1)))
-        lines.append("%d 3 %.12g" % (k + 1, (Aend[k] + 1 / 3.0) / (tot + 1)))
-    for k in range(2):
-        lines.append("%d %s" % (k + 1, " ".join("%.12g" % ((Ek[k, s] + 1 / 6.0) / (Ek[k].sum() + 1))
-                                                for s in range(6))))
+             "loglik %.12g" % ll] + model_lines(new)
+    with open(path, "w") as f:
+        f.write("\n".join(lines) + "\n")
+
+
+def casino_example(path):
+    """The bundled example's sequences: decoded on the casino, then two rounds of training (the
+    least local_opt runs, and all it runs with a huge stop bound), the total log likelihood of the
+    model after the first round, and the trained model's decoding."""
+    seqs = [CLASSIC, [0, 1, 2, 3, 4, 5]]
+    lines = ["# bundled casino example; made by tests/hmm/hmm_ref.py"]
+    for x in seqs:
+        v, p = viterbi2(CASINO, x)
+        lines.append("decode %.12g %.12g %s" % (v, np.log(fwd_bwd(CASINO, x)[2]), ",".join(map(str, p))))
+    m1, _ = bw_round(CASINO, seqs)
+    m2, ll1 = bw_round(m1, seqs)
+    lines.append("emll %.12g" % ll1)
+    lines += model_lines(m2)
+    for x in seqs:
+        v, p = viterbi2(m2, x)
+        lines.append("trained %.12g %.12g %s" % (v, np.log(fwd_bwd(m2, x)[2]), ",".join(map(str, p))))
     with open(path, "w") as f:
         f.write("\n".join(lines) + "\n")
 
@@ -281,3 +343,4 @@ def casino_em1(path):
 if __name__ == "__main__":
     write_random("data/hmm/random_decode.txt", 300, 20261123)
     casino_em1("data/hmm/casino_em1.txt")
+    casino_example("data/hmm/casino_example.txt")
