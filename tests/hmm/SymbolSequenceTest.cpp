@@ -100,12 +100,20 @@ TEST(SymbolSequence, Globins45RealFasta) {
     set.read_fasta_file(in);
     ASSERT_EQ(45u, set.size());
     ASSERT_EQ(45u, set.m_names.size());
+    // First entry as the file shows it; the residue total counted with grep/wc.
+    EXPECT_EQ(0u, set.m_names[0].find("MYG_ESCGI"));
+    EXPECT_EQ(19, set[0].code_at(0)); // V
+    EXPECT_EQ(11, set[0].code_at(1)); // L
+    EXPECT_EQ(17, set[0].code_at(2)); // S
+    std::size_t total = 0;
     for (std::size_t i = 0; i < set.size(); ++i) {
         EXPECT_FALSE(set.m_names[i].empty());
         EXPECT_GT(set[i].size(), 100u) << set.m_names[i];
+        total += set[i].size();
         for (char c : set[i])
             EXPECT_TRUE(c >= 1 && c <= 23);
     }
+    EXPECT_EQ(6519u, total);
 }
 
 } // namespace
