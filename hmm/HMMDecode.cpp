@@ -19,6 +19,24 @@ void HMMDecodeBase::size_tab(const SymbolSequence& seq, float fill) {
     m_tab.assign(static_cast<std::size_t>(m_length + 2) * m_num_states, fill);
 }
 
+void HMMDecodeBase::flatten_edges(bool out) {
+    const std::vector<std::list<HMMAdjacency>>& lists = out ? m_hmm.m_adj : m_hmm.m_back_adj;
+    m_edges.clear();
+    m_edge_off.assign(1, 0);
+    m_emitting.clear();
+    m_silent.clear();
+    m_is_silent.assign(m_num_states, 0);
+    for (int k = 0; k < m_num_states; ++k) {
+        for (const HMMAdjacency& a : lists[k])
+            m_edges.push_back(Edge{out ? a.to : a.from, a.log_p});
+        m_edge_off.push_back(static_cast<int>(m_edges.size()));
+        const HMMState& st = m_hmm.m_states[k];
+        m_is_silent[k] = st.m_silent ? 1 : 0;
+        if (k > 0 && st.m_active)
+            (st.m_silent ? m_silent : m_emitting).push_back(k);
+    }
+}
+
 int HMMDecodeBase::symbol_at(const SymbolSequence& seq, int i) const {
     const int x = seq.code_at(i);
     if (x >= m_hmm.m_alphabet_size)
@@ -45,40 +63,37 @@ float ViterbiDecode::decode(const SymbolSequence& seq, HMMPath& path) {
     const int S = m_num_states;
     const int L = m_length;
     const std::vector<HMMState>& states = m_hmm.m_states;
+    flatten_edges(false);
     cell(0, 0) = 0.0f;
     for (int i = 1; i <= L; ++i) {
         const int x = symbol_at(seq, i - 1);
-        float* prev = &m_tab[static_cast<std::size_t>(i - 1) * S];
+        const float* prev = &m_tab[static_cast<std::size_t>(i - 1) * S];
         float* row = &m_tab[static_cast<std::size_t>(i) * S];
         int* trace = &m_trace[static_cast<std::size_t>(i) * S];
-        for (int k = 1; k < S; ++k) {
-            if (!states[k].m_active || states[k].m_silent)
-                continue;
+        for (int k : m_emitting) {
             float best = kLogZero;
-            for (const HMMAdjacency& a : m_hmm.m_back_adj[k]) {
-                const float cand = prev[a.from] + a.log_p;
+            for (const Edge* e = edges_begin(k); e != edges_end(k); ++e) {
+                const float cand = prev[e->other] + e->log_p;
                 if (cand > 0.0f)
-                    VESK_FATAL(kSrc, "positive log prob " << cand << " v tab " << prev[a.from] << " adj "
-                                                          << a.log_p);
+                    VESK_FATAL(kSrc, "positive log prob " << cand << " v tab " << prev[e->other] << " adj "
+                                                          << e->log_p);
                 if (cand > best) {
                     best = cand;
-                    trace[k] = a.from;
+                    trace[k] = e->other;
                 }
             }
             row[k] = best + states[k].m_log_emit[x];
         }
-        for (int k = 1; k < S; ++k) {
-            if (!states[k].m_active || !states[k].m_silent)
-                continue;
+        for (int k : m_silent) {
             float best = kLogZero;
-            for (const HMMAdjacency& a : m_hmm.m_back_adj[k]) {
-                const float cand = row[a.from] + a.log_p;
+            for (const Edge* e = edges_begin(k); e != edges_end(k); ++e) {
+                const float cand = row[e->other] + e->log_p;
                 if (cand > 0.0f)
-                    VESK_FATAL(kSrc, "positive log prob " << cand << " v tab " << row[a.from] << " adj "
-                                                          << a.log_p);
+                    VESK_FATAL(kSrc, "positive log prob " << cand << " v tab " << row[e->other] << " adj "
+                                                          << e->log_p);
                 if (cand > best) {
                     best = cand;
-                    trace[k] = a.from;
+                    trace[k] = e->other;
                 }
             }
             row[k] = best;
@@ -118,6 +133,20 @@ float ViterbiDecode::decode(const SymbolSequence& seq, HMMPath& path) {
     return best;
 }
 
+// Appends "i = <i>" and a line end.
+static void append_row_trace(std::string& buf, int i) {
+    char digits[12];
+    int n = 0;
+    do {
+        digits[n++] = static_cast<char>('0' + i % 10);
+        i /= 10;
+    } while (i > 0);
+    buf += "i = ";
+    while (n > 0)
+        buf += digits[--n];
+    buf += '\n';
+}
+
 void ForwardDecode::reinit_tabs(const SymbolSequence& seq) { size_tab(seq, kLogZero); }
 
 float ForwardDecode::decode(const SymbolSequence& seq) {
@@ -126,37 +155,33 @@ float ForwardDecode::decode(const SymbolSequence& seq) {
     const int S = m_num_states;
     const int L = m_length;
     const std::vector<HMMState>& states = m_hmm.m_states;
+    flatten_edges(false);
     m_trace_buf.clear();
+    m_trace_buf.reserve(static_cast<std::size_t>(L) * 12);
     cell(0, 0) = 0.0f;
     for (int i = 1; i <= L; ++i) {
-        m_trace_buf += "i = ";
-        m_trace_buf += std::to_string(i);
-        m_trace_buf += '\n';
+        append_row_trace(m_trace_buf, i);
         const int x = symbol_at(seq, i - 1);
         const float* prev = &m_tab[static_cast<std::size_t>(i - 1) * S];
         float* row = &m_tab[static_cast<std::size_t>(i) * S];
-        for (int k = 1; k < S; ++k) {
-            if (!states[k].m_active || states[k].m_silent)
-                continue;
+        for (int k : m_emitting) {
             float acc = kLogZero;
-            for (const HMMAdjacency& a : m_hmm.m_back_adj[k]) {
-                if (a.log_p > 0.0f)
-                    VESK_FATAL(kSrc, "Log prob > 0 at k = " << a.from << " to " << k);
-                acc = log_sum_log(acc, prev[a.from] + a.log_p);
+            for (const Edge* e = edges_begin(k); e != edges_end(k); ++e) {
+                if (e->log_p > 0.0f)
+                    VESK_FATAL(kSrc, "Log prob > 0 at k = " << e->other << " to " << k);
+                acc = log_sum_log(acc, prev[e->other] + e->log_p);
             }
-            const float e = states[k].m_log_emit[x];
-            if (e > 0.0f)
-                VESK_FATAL(kSrc, "Log emission is > 0 at state " << k << " x_i " << x << " " << e);
-            row[k] = acc + e;
+            const float le = states[k].m_log_emit[x];
+            if (le > 0.0f)
+                VESK_FATAL(kSrc, "Log emission is > 0 at state " << k << " x_i " << x << " " << le);
+            row[k] = acc + le;
         }
-        for (int k = 1; k < S; ++k) {
-            if (!states[k].m_active || !states[k].m_silent)
-                continue;
+        for (int k : m_silent) {
             float acc = kLogZero;
-            for (const HMMAdjacency& a : m_hmm.m_back_adj[k]) {
-                if (a.log_p > 0.0f)
-                    VESK_FATAL(kSrc, "Log prob > 0 at k = " << a.from << " to " << k);
-                acc = log_sum_log(acc, row[a.from] + a.log_p);
+            for (const Edge* e = edges_begin(k); e != edges_end(k); ++e) {
+                if (e->log_p > 0.0f)
+                    VESK_FATAL(kSrc, "Log prob > 0 at k = " << e->other << " to " << k);
+                acc = log_sum_log(acc, row[e->other] + e->log_p);
             }
             row[k] = acc;
         }
@@ -178,6 +203,7 @@ float BackwardDecode::decode(const SymbolSequence& seq) {
     const int S = m_num_states;
     const int L = m_length;
     const std::vector<HMMState>& states = m_hmm.m_states;
+    flatten_edges(true);
     cell(L + 1, fin) = 0.0f;
     cell(L, fin) = 0.0f;
     for (const HMMAdjacency& a : m_hmm.m_back_adj[fin])
@@ -188,16 +214,16 @@ float BackwardDecode::decode(const SymbolSequence& seq) {
         const float* row = &m_tab[static_cast<std::size_t>(i) * S];
         const float* next = row + S;
         float acc = kLogZero;
-        for (const HMMAdjacency& a : m_hmm.m_adj[k]) {
-            const HMMState& t = states[a.to];
+        for (const Edge* e = edges_begin(k); e != edges_end(k); ++e) {
+            const int to = e->other;
             float term;
-            if (t.m_silent) {
-                term = a.log_p + row[a.to];
+            if (m_is_silent[to]) {
+                term = e->log_p + row[to];
             } else {
-                term = a.log_p + next[a.to];
+                term = e->log_p + next[to];
                 // A sequence of length 0 has no symbol: the term is already below any real value.
                 if (x >= 0)
-                    term = term + t.m_log_emit[x];
+                    term = term + states[to].m_log_emit[x];
             }
             acc = log_sum_log(acc, term);
         }

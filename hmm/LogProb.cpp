@@ -3,14 +3,6 @@
 
 #include <cmath>
 
-float log_sum_log(float a, float b) {
-    const float hi = a > b ? a : b;
-    const float lo = a > b ? b : a;
-    const float e = expf(lo - hi);
-    const float one_plus = 1.0f + e;
-    return hi + logf(one_plus);
-}
-
 float log_one_minus(float p) {
     const float q = 1.0f - p;
     return q > 0.0f ? logf(q) : kLogZero;
