@@ -34,8 +34,9 @@ struct HMMAdjacency {
     float log_p;
 };
 
-// The states of a path, from the start state 0 onwards.
-typedef std::list<int> HMMPath;
+// The states of a path, from the start state 0 onwards. A vector rather than a linked list: a path
+// over a long sequence has a state per symbol, and a node per state would cost more than decoding.
+typedef std::vector<int> HMMPath;
 
 // State 0 is the start state (silent). The finish state, once added, is silent and is assumed to
 // carry the highest id. The decoders need edges between silent states to run from lower to higher

@@ -111,9 +111,9 @@ float ViterbiDecode::decode(const SymbolSequence& seq, HMMPath& path) {
     }
     std::cerr << "best fin val = " << best << "\n";
 
-    // The path of this call goes after whatever `path` held already.
-    path.push_back(state);
-    auto head = std::prev(path.end());
+    // The path is traced backwards and then appended to whatever `path` held already.
+    m_back_path.clear();
+    m_back_path.push_back(state);
     int row = L;
     // A path visits at most every state of every row once; more steps mean a loop of silent
     // pointers, which only a silent edge from a higher to a lower id can make.
@@ -125,26 +125,40 @@ float ViterbiDecode::decode(const SymbolSequence& seq, HMMPath& path) {
             VESK_FATAL(kSrc, "Negative traceback " << back);
         if (++steps > max_steps)
             VESK_FATAL(kSrc, "Traceback does not reach the start state");
-        head = path.insert(head, back);
+        m_back_path.push_back(back);
         if (!states[state].m_silent)
             --row;
         state = back;
     }
+    path.insert(path.end(), m_back_path.rbegin(), m_back_path.rend());
     return best;
 }
 
-// Appends "i = <i>" and a line end.
-static void append_row_trace(std::string& buf, int i) {
-    char digits[12];
-    int n = 0;
-    do {
-        digits[n++] = static_cast<char>('0' + i % 10);
-        i /= 10;
-    } while (i > 0);
-    buf += "i = ";
-    while (n > 0)
-        buf += digits[--n];
-    buf += '\n';
+// Writes "i = <i>" and a line end at `out` and returns the end. `digits` holds i in decimal, most
+// significant first, ending at `digits_end`; it is counted up by one after each row.
+static char* write_row_trace(char* out, char* digits, char* digits_end) {
+    *out++ = 'i';
+    *out++ = ' ';
+    *out++ = '=';
+    *out++ = ' ';
+    for (char* d = digits; d != digits_end; ++d)
+        *out++ = *d;
+    *out++ = '\n';
+    return out;
+}
+
+// Counts a decimal number held as digits [begin, end) up by one; begin must have a free '0' slot
+// in front of the leading digit.
+static char* count_up(char* begin, char* end) {
+    char* d = end;
+    while (d != begin && *(d - 1) == '9')
+        *--d = '0';
+    if (d == begin) {
+        *--begin = '1';
+        return begin;
+    }
+    ++*(d - 1);
+    return begin;
 }
 
 void ForwardDecode::reinit_tabs(const SymbolSequence& seq) { size_tab(seq, kLogZero); }
@@ -156,11 +170,16 @@ float ForwardDecode::decode(const SymbolSequence& seq) {
     const int L = m_length;
     const std::vector<HMMState>& states = m_hmm.m_states;
     flatten_edges(false);
-    m_trace_buf.clear();
-    m_trace_buf.reserve(static_cast<std::size_t>(L) * 12);
+    // The rows' trace is gathered here and written at the end in one go.
+    m_trace_buf.resize(static_cast<std::size_t>(L) * 16);
+    char* trace_out = &m_trace_buf[0];
+    char number[16] = "00000000000001";
+    char* const number_end = number + 14;
+    char* number_begin = number_end - 1;
     cell(0, 0) = 0.0f;
     for (int i = 1; i <= L; ++i) {
-        append_row_trace(m_trace_buf, i);
+        trace_out = write_row_trace(trace_out, number_begin, number_end);
+        number_begin = count_up(number_begin, number_end);
         const int x = symbol_at(seq, i - 1);
         const float* prev = &m_tab[static_cast<std::size_t>(i - 1) * S];
         float* row = &m_tab[static_cast<std::size_t>(i) * S];
@@ -186,7 +205,7 @@ float ForwardDecode::decode(const SymbolSequence& seq) {
             row[k] = acc;
         }
     }
-    std::cerr << m_trace_buf;
+    std::cerr.write(m_trace_buf.data(), trace_out - m_trace_buf.data());
     std::cerr.flush();
 
     float total = kLogZero;

@@ -77,6 +77,9 @@ public:
     int get_traceback(int i, int k) const { return m_trace[static_cast<std::size_t>(i) * m_num_states + k]; }
 
     std::vector<int> m_trace;
+
+private:
+    std::vector<int> m_back_path;
 };
 
 class ForwardDecode : public HMMDecodeBase {
