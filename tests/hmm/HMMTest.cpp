@@ -146,6 +146,25 @@ TEST(LogProb, HandValues) {
     EXPECT_EQ(kLogZero, log_prob(0.0f));
 }
 
+// The shortcut for far-apart values gives the very float of the plain formula.
+TEST(LogProb, ShortcutEqualsPlainFormula) {
+    auto plain = [](float a, float b) {
+        const float hi = a > b ? a : b;
+        const float lo = a > b ? b : a;
+        return hi + logf(1.0f + expf(lo - hi));
+    };
+    const float his[] = {0.0f, -0.0f, -1.5f, -1000.25f, -3.0e37f};
+    for (float hi : his) {
+        for (float d = -40.0f; d <= 0.0f; d += 0.03125f) {
+            const float lo = hi + d;
+            EXPECT_EQ(plain(hi, lo), log_sum_log(hi, lo)) << hi << " " << d;
+            EXPECT_EQ(plain(lo, hi), log_sum_log(lo, hi)) << hi << " " << d;
+        }
+        EXPECT_EQ(plain(hi, kLogZero), log_sum_log(hi, kLogZero));
+        EXPECT_EQ(plain(hi, -INFINITY), log_sum_log(-INFINITY, hi));
+    }
+}
+
 TEST(HMM, BasePrintSaysDerived) {
     std::ostringstream out;
     HMM(1).print(out);
