@@ -202,6 +202,6 @@ int main(int argc, char** argv) {
         }
         out << '\n';
     }
-    std::cout << seqs.size() << " sequences decoded" << std::endl;
+    std::cerr << seqs.size() << " sequences decoded" << std::endl;
     return 0;
 }

@@ -376,6 +376,17 @@ TEST(HMMDecodeDeathTest, FatalTexts) {
          "00", 2, R"(HMMDecode\([0-9]+\): Back Decode, Positive log prob! 0\.693147 i 1 st 1)"},
         {"no finish state", [](HMM& h) { h.del_finish_state(); }, "0", 1,
          R"(HMMDecode\([0-9]+\): Decoding a model without a finish state)"},
+        {"loop of silent pointers",
+         [](HMM& h) {
+             // The emitting state loses its way to the finish; silent 2 and 3 point at each other.
+             h.del_finish_state();
+             const int a = h.new_state(true), b = h.new_state(true);
+             h.add_finish_state();
+             h.add_transition(b, a, 1.0f);
+             h.add_transition(a, b, 1.0f);
+             h.add_transition(a, h.m_finish_state, 1.0f);
+         },
+         "0", 0, R"(HMMDecode\([0-9]+\): Traceback does not reach the start state)"},
         {"symbol outside the alphabet", [](HMM&) {}, "2", 0,
          R"(HMMDecode\([0-9]+\): Symbol 2 at position 0 outside the alphabet of size 2)"},
     };
