@@ -5,7 +5,7 @@ Writes (from the repository root):
   data/hmm/random_decode.txt  random models and sequences with the Viterbi score and path and the
                               forward and backward totals of the stated recursions, in float32
   data/hmm/casino_em1.txt     the casino model after one Baum-Welch round with pseudo counts, in double
-  data/hmm/casino_example.txt the bundled hmm_decode example: decoding, two training rounds, decoding
+  data/hmm/example_*          expected outputs of the bundled hmm_decode example, plain and trained
 
   /usr/bin/python3 tests/hmm/hmm_ref.py
 
@@ -320,27 +320,39 @@ def casino_em1(path):
         f.write("\n".join(lines) + "\n")
 
 
-def casino_example(path):
-    """The bundled example's sequences: decoded on the casino, then two rounds of training (the
-    least local_opt runs, and all it runs with a huge stop bound), the total log likelihood of the
-    model after the first round, and the trained model's decoding."""
-    seqs = [CLASSIC, [0, 1, 2, 3, 4, 5]]
-    lines = ["# bundled casino example; made by tests/hmm/hmm_ref.py"]
-    for x in seqs:
-        v, p = viterbi2(CASINO, x)
-        lines.append("decode %.12g %.12g %s" % (v, np.log(fwd_bwd(CASINO, x)[2]), ",".join(map(str, p))))
-    m1, _ = bw_round(CASINO, seqs)
-    m2, ll1 = bw_round(m1, seqs)
-    lines.append("emll %.12g" % ll1)
-    lines += model_lines(m2)
-    for x in seqs:
-        v, p = viterbi2(m2, x)
-        lines.append("trained %.12g %.12g %s" % (v, np.log(fwd_bwd(m2, x)[2]), ",".join(map(str, p))))
-    with open(path, "w") as f:
-        f.write("\n".join(lines) + "\n")
+def casino_example(prefix):
+    """Expected outputs of the bundled hmm_decode example, in its own formats: the plain run's
+    decoding table, and for a run trained with a huge stop bound (two rounds, the least local_opt
+    runs) the EM LL line (the total log likelihood of the model after the first round), the trained
+    tables and the trained model's decoding table without backward."""
+    seqs = [("classic", CLASSIC), ("second", [0, 1, 2, 3, 4, 5])]
+    head = "name\tlength\tviterbi\tforward\tbackward\tpath\n"
+
+    def decode(m, backward):
+        rows = head
+        for name, x in seqs:
+            v, p = viterbi2(m, x)
+            f = np.log(fwd_bwd(m, x)[2])
+            rows += "%s\t%d\t%.12g\t%.12g\t%s\t%s\n" % (name, len(x), v, f, "%.12g" % f if backward else "NA",
+                                                      ",".join(map(str, p)))
+        return rows
+
+    m1, _ = bw_round(CASINO, [x for _, x in seqs])
+    m2, ll1 = bw_round(m1, [x for _, x in seqs])
+    lines = [l.split(" ") for l in model_lines(m2)]
+    files = {
+        "decode.tsv": decode(CASINO, True),
+        "train_stdout.txt": "EM LL %.12g\n" % ll1,
+        "train_trans.tab": "".join("\t".join(l) + "\n" for l in lines[:8]),
+        "train_emit.tab": "".join("\t".join(l) + "\n" for l in lines[8:]),
+        "train_decode.tsv": decode(m2, False),
+    }
+    for name, text in files.items():
+        with open(prefix + name, "w") as f:
+            f.write(text)
 
 
 if __name__ == "__main__":
     write_random("data/hmm/random_decode.txt", 300, 20261123)
     casino_em1("data/hmm/casino_em1.txt")
-    casino_example("data/hmm/casino_example.txt")
+    casino_example("data/hmm/example_")
