@@ -1,0 +1,106 @@
+// The Viterbi, forward and backward decoders of an HMM, with tables kept between calls.
+//
+// The recursions are kept exactly as stated, and they are not mirror images of one another:
+//  - Forward and Viterbi never pass through a silent state before the first emission (row 0 holds
+//    the start state only); backward does, through its row 0 over the start state's out-edges.
+//  - Backward gives row L only to the finish state's direct predecessors: a path that reaches the
+//    finish state through further silent states after the last emission counts in forward and
+//    Viterbi but not in backward.
+//  - Backward visits all states of a row in falling id order, so it ignores an edge into a silent
+//    state of lower id, from any state; forward takes such an edge when it comes from an emitting
+//    state (emitting states are done first in each row). Models built here give silent states edges
+//    from lower ids only.
+// So forward and backward totals agree only on models that have none of these paths. Neither side
+// is corrected to match the other.
+#ifndef VESK_HMM_HMMDECODE_H
+#define VESK_HMM_HMMDECODE_H
+
+#include "HMM.h"
+#include "SymbolSequence.h"
+
+#include <string>
+#include <vector>
+
+// Common part: the model, the state count of the last decode and the table of (L + 2) rows of one
+// cell per state, the cell of row i and state k at i * S + k.
+class HMMDecodeBase {
+public:
+    explicit HMMDecodeBase(const HMM& hmm) : m_hmm(hmm), m_num_states(0), m_length(0) {}
+
+    float get_cell(int i, int k) const { return m_tab[static_cast<std::size_t>(i) * m_num_states + k]; }
+    int num_states() const { return m_num_states; }
+    int length() const { return m_length; }
+
+    const HMM& m_hmm;
+    int m_num_states;
+    int m_length;
+    std::vector<float> m_tab;
+
+protected:
+    // One edge as the recursions walk it: the other end and the log probability.
+    struct Edge {
+        int other;
+        float log_p;
+    };
+    // The edges of the model copied into flat arrays, state by state in list order: in-edges
+    // (`other` the source) or out-edges (`other` the target); and the active emitting and silent
+    // states in rising id. Walking arrays instead of lists gives the same sums, faster.
+    void flatten_edges(bool out);
+    const Edge* edges_begin(int k) const { return m_edges.data() + m_edge_off[k]; }
+    const Edge* edges_end(int k) const { return m_edges.data() + m_edge_off[k + 1]; }
+
+    std::vector<Edge> m_edges;
+    std::vector<int> m_edge_off;
+    std::vector<int> m_emitting;
+    std::vector<int> m_silent;
+    std::vector<char> m_is_silent;
+
+    float& cell(int i, int k) { return m_tab[static_cast<std::size_t>(i) * m_num_states + k]; }
+    // Re-reads the state count and sizes the table for `seq`, filled with `fill`.
+    void size_tab(const SymbolSequence& seq, float fill);
+    // The code at position i (0-based); fatal when it is outside the model's alphabet.
+    int symbol_at(const SymbolSequence& seq, int i) const;
+    // The finish state; fatal when the model has none.
+    int finish_state() const;
+};
+
+class ViterbiDecode : public HMMDecodeBase {
+public:
+    explicit ViterbiDecode(const HMM& hmm) : HMMDecodeBase(hmm) {}
+
+    // Fills the score table with -4.2535293e37 and the traceback table with -1.
+    void reinit_tabs(const SymbolSequence& seq);
+    // The log probability of the best path; appends the path (from state 0 up to the last state
+    // before the finish state) to `path`.
+    float decode(const SymbolSequence& seq, HMMPath& path);
+
+    int get_traceback(int i, int k) const { return m_trace[static_cast<std::size_t>(i) * m_num_states + k]; }
+
+    std::vector<int> m_trace;
+
+private:
+    std::vector<int> m_back_path;
+};
+
+class ForwardDecode : public HMMDecodeBase {
+public:
+    explicit ForwardDecode(const HMM& hmm) : HMMDecodeBase(hmm) {}
+
+    void reinit_tabs(const SymbolSequence& seq);
+    // The total log likelihood of `seq`. The per-row trace goes to the error stream in one write.
+    float decode(const SymbolSequence& seq);
+
+private:
+    std::string m_trace_buf;
+};
+
+class BackwardDecode : public HMMDecodeBase {
+public:
+    explicit BackwardDecode(const HMM& hmm) : HMMDecodeBase(hmm) {}
+
+    void reinit_tabs(const SymbolSequence& seq);
+    // The total log likelihood of `seq`; the finish state must have the highest id.
+    float decode(const SymbolSequence& seq);
+};
+
+#endif

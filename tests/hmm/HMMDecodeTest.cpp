@@ -1,0 +1,386 @@
+// Tests of the Viterbi, forward and backward decoders: published casino figures, random models
+// against the float32 model of tests/hmm/hmm_ref.py, brute-force path enumeration, edge cases and
+// fatal texts.
+#include "HMMDecode.h"
+#include "HMMTestUtil.h"
+#include "LogProb.h"
+#include "TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <functional>
+#include <random>
+#include <vector>
+
+namespace {
+
+void expect_rel(double expected, double actual, double tol, const std::string& what) {
+    if (!std::isfinite(expected)) {
+        EXPECT_EQ(expected, actual) << what;
+        return;
+    }
+    EXPECT_NEAR(expected, actual, tol * std::max(1.0, std::fabs(expected))) << what;
+}
+
+TEST(HMMDecode, CasinoPublishedFigures) {
+    QuietCerr quiet;
+    HMM h(6);
+    build_casino(h);
+    const SymbolSequence rolls = digits(casino_rolls());
+    ViterbiDecode vit(h);
+    ForwardDecode fwd(h);
+    BackwardDecode bwd(h);
+    HMMPath path;
+    const float v = vit.decode(rolls, path);
+    const float f = fwd.decode(rolls);
+    const float b = bwd.decode(rolls);
+    EXPECT_NEAR(-29.4458664, v, 29.4458664e-5);
+    EXPECT_NEAR(-27.9527780, f, 27.9527780e-5);
+    EXPECT_NEAR(f, b, 27.9527780e-5);
+    // Every roll is best explained by the loaded die.
+    HMMPath expected(19, 2);
+    expected.front() = 0;
+    EXPECT_EQ(expected, path);
+}
+
+// One case of data/hmm/random_decode.txt.
+struct RandomCase {
+    int id = 0, A = 0, S = 0;
+    std::vector<int> silent;
+    std::vector<std::tuple<int, int, float>> edges;
+    std::vector<std::pair<int, std::vector<float>>> emit;
+    SymbolSequence seq;
+    float viterbi = 0, forward = 0, backward = 0;
+    HMMPath path;
+};
+
+template <class T> std::vector<T> read_n(std::istream& in, int n) {
+    std::vector<T> v(n);
+    for (T& x : v)
+        in >> x;
+    return v;
+}
+
+// Floats go through strtof, which also reads "-inf".
+float read_float(std::istream& in) {
+    std::string w;
+    in >> w;
+    return std::strtof(w.c_str(), nullptr);
+}
+
+bool read_case(std::istream& in, RandomCase& c) {
+    std::string word;
+    while (in >> word && word != "case")
+        std::getline(in, word);
+    int n = 0;
+    in >> c.id >> word >> c.A >> word >> c.S >> word;
+    c.silent = read_n<int>(in, c.S);
+    in >> word >> n;
+    c.edges.clear();
+    for (int i = 0; i < n; ++i) {
+        const std::vector<int> ft = read_n<int>(in, 2);
+        c.edges.emplace_back(ft[0], ft[1], read_float(in));
+    }
+    in >> word >> n;
+    c.emit.clear();
+    for (int i = 0; i < n; ++i) {
+        const int k = read_n<int>(in, 1)[0];
+        c.emit.emplace_back(k, read_n<float>(in, c.A));
+    }
+    in >> word >> n;
+    c.seq.clear();
+    for (int x : read_n<int>(in, n))
+        c.seq.push_back(static_cast<char>(x));
+    in >> word;
+    c.viterbi = read_float(in);
+    in >> word >> n;
+    c.path = read_n<int>(in, n);
+    in >> word;
+    c.forward = read_float(in);
+    in >> word;
+    c.backward = read_float(in);
+    return static_cast<bool>(in);
+}
+
+void build_case(const RandomCase& c, HMM& h) {
+    for (int k = 1; k < c.S - 1; ++k)
+        h.new_state(c.silent[k] != 0);
+    h.add_finish_state();
+    for (const auto& e : c.edges)
+        h.add_transition(std::get<0>(e), std::get<1>(e), std::get<2>(e));
+    for (const auto& e : c.emit)
+        for (int b = 0; b < c.A; ++b)
+            h.set_state_emission(e.first, b, e.second[b]);
+}
+
+TEST(HMMDecode, RandomModelsMatchFloat32Model) {
+    std::ifstream in(source_dir() + "/data/hmm/random_decode.txt");
+    ASSERT_TRUE(in) << "data/hmm/random_decode.txt missing";
+    QuietCerr quiet;
+    RandomCase c;
+    int cases = 0;
+    while (read_case(in, c)) {
+        SCOPED_TRACE("case " + std::to_string(c.id));
+        HMM h(c.A);
+        // The decoders are made before the states exist: each decode re-reads the state count.
+        ViterbiDecode vit(h);
+        ForwardDecode fwd(h);
+        BackwardDecode bwd(h);
+        build_case(c, h);
+        HMMPath path;
+        EXPECT_EQ(c.viterbi, vit.decode(c.seq, path));
+        EXPECT_EQ(c.path, path);
+        expect_rel(c.forward, fwd.decode(c.seq), 1e-5, "forward");
+        expect_rel(c.backward, bwd.decode(c.seq), 1e-5, "backward");
+        ++cases;
+    }
+    EXPECT_EQ(300, cases);
+}
+
+// Tiny random models whose silent states take edges from lower ids only and are not entered from
+// the start state: there the Viterbi score is the best of all enumerated paths and forward their
+// log-sum.
+TEST(HMMDecode, TinyModelsEqualPathEnumeration) {
+    const std::uint32_t seed = test_seed(777);
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 rng(seed);
+    auto uni = [&rng]() { return static_cast<float>(rng() / 4294967296.0); };
+    QuietCerr quiet;
+    int checked = 0;
+    for (int rep = 0; rep < 600; ++rep) {
+        const int A = 2 + static_cast<int>(rng() % 2);
+        const int n = 1 + static_cast<int>(rng() % 3);
+        HMM h(A);
+        std::vector<bool> silent{true};
+        for (int k = 0; k < n; ++k) {
+            silent.push_back(k > 0 && rng() % 3 == 0);
+            h.new_state(silent.back());
+        }
+        h.add_finish_state();
+        silent.push_back(true);
+        const int S = static_cast<int>(silent.size());
+        const int fin = S - 1;
+        for (int k = 0; k < fin; ++k) {
+            std::vector<int> to;
+            for (int t = 1; t < S; ++t) {
+                const bool allowed = !silent[t] || (t > k && (k > 0 || t == fin));
+                if (allowed && rng() % 2 == 0)
+                    to.push_back(t);
+            }
+            float sum = 0;
+            std::vector<float> w;
+            for (std::size_t i = 0; i < to.size(); ++i) {
+                w.push_back(0.05f + uni());
+                sum += w.back();
+            }
+            for (std::size_t i = 0; i < to.size(); ++i)
+                h.add_transition(k, to[i], w[i] / sum);
+            if (!silent[k] && k > 0)
+                for (int b = 0; b < A; ++b)
+                    h.set_state_emission(k, b, 0.05f + uni() / A);
+        }
+        SymbolSequence x;
+        const int L = static_cast<int>(rng() % 5);
+        for (int i = 0; i < L; ++i)
+            x.push_back(static_cast<char>(rng() % A));
+
+        // Every path from the start to the finish that emits exactly x.
+        float best = kLogZero;
+        double total = 0;
+        int paths = 0;
+        std::function<void(int, int, float, double)> walk = [&](int s, int pos, float score, double prob) {
+            for (const HMMAdjacency& a : h.m_adj[s]) {
+                if (a.to == fin) {
+                    if (pos == L) {
+                        best = std::max(best, a.log_p + score);
+                        total += prob * a.p;
+                        ++paths;
+                    }
+                } else if (silent[a.to]) {
+                    walk(a.to, pos, score + a.log_p, prob * a.p);
+                } else if (pos < L) {
+                    const int sym = x.code_at(pos);
+                    walk(a.to, pos + 1, score + a.log_p + h.m_states[a.to].m_log_emit[sym],
+                         prob * a.p * h.m_states[a.to].m_emit[sym]);
+                }
+            }
+        };
+        walk(0, 0, 0.0f, 1.0);
+        if (paths == 0)
+            continue;
+        SCOPED_TRACE("rep " + std::to_string(rep));
+        ++checked;
+        HMMPath path;
+        EXPECT_EQ(best, ViterbiDecode(h).decode(x, path));
+        expect_rel(std::log(total), ForwardDecode(h).decode(x), 1e-5, "forward");
+    }
+    EXPECT_GT(checked, 150);
+}
+
+TEST(HMMDecode, EmptySequenceEndsFromTheStartOnly) {
+    QuietCerr quiet;
+    HMM h(2);
+    const int s = h.new_state(false);
+    h.add_finish_state();
+    h.add_transition(0, s, 0.7f);
+    h.add_transition(0, h.m_finish_state, 0.3f);
+    h.add_transition(s, h.m_finish_state, 1.0f);
+    h.set_state_emission(s, 0, 0.5f);
+    h.set_state_emission(s, 1, 0.5f);
+    const SymbolSequence empty;
+    HMMPath path{9};
+    EXPECT_FLOAT_EQ(std::log(0.3f), ViterbiDecode(h).decode(empty, path));
+    EXPECT_EQ((HMMPath{9, 0}), path); // appended after what the path held
+    EXPECT_FLOAT_EQ(std::log(0.3f), ForwardDecode(h).decode(empty));
+    EXPECT_FLOAT_EQ(std::log(0.3f), BackwardDecode(h).decode(empty));
+}
+
+TEST(HMMDecode, SilentEdgeFromHigherToLowerIdIsIgnored) {
+    // 0 -> 1 (emits) -> 3 (silent) -> 2 (silent) -> finish, beside 1 -> finish: only the direct end
+    // counts, in all three decoders.
+    QuietCerr quiet;
+    HMM h(1);
+    const int e = h.new_state(false);
+    const int low = h.new_state(true);
+    const int high = h.new_state(true);
+    h.add_finish_state();
+    const int fin = h.m_finish_state;
+    h.add_transition(0, e, 1.0f);
+    h.add_transition(e, high, 0.5f);
+    h.add_transition(e, fin, 0.5f);
+    h.add_transition(high, low, 1.0f);
+    h.add_transition(low, fin, 1.0f);
+    h.set_state_emission(e, 0, 0.25f);
+    const SymbolSequence one = digits("0");
+    const float expected = logf(0.5f) + logf(0.25f);
+    HMMPath path;
+    EXPECT_EQ(expected, ViterbiDecode(h).decode(one, path));
+    EXPECT_EQ((HMMPath{0, e}), path);
+    EXPECT_FLOAT_EQ(expected, ForwardDecode(h).decode(one));
+    EXPECT_FLOAT_EQ(expected, BackwardDecode(h).decode(one));
+}
+
+TEST(HMMDecode, TablesAreReusedAndReadable) {
+    QuietCerr quiet;
+    HMM h(6);
+    build_casino(h);
+    ForwardDecode fwd(h);
+    BackwardDecode bwd(h);
+    const SymbolSequence longer = digits("0123450123450123455555");
+    const SymbolSequence rolls = digits(casino_rolls());
+    fwd.decode(longer);
+    bwd.decode(longer);
+    const float f = fwd.decode(rolls);
+    const float b = bwd.decode(rolls);
+    EXPECT_EQ(ForwardDecode(h).decode(rolls), f);
+    EXPECT_EQ(BackwardDecode(h).decode(rolls), b);
+    ASSERT_EQ(20u * 4u, fwd.m_tab.size());
+    // Row 1 of forward: start edge plus first emission; row L of backward: the finish edges.
+    EXPECT_FLOAT_EQ(logf(0.5f) + logf(1.0f / 6.0f), fwd.get_cell(1, 1));
+    EXPECT_FLOAT_EQ(logf(0.5f) + logf(0.1f), fwd.get_cell(1, 2));
+    EXPECT_EQ(0.0f, bwd.get_cell(18, 1));
+    EXPECT_EQ(kLogZero, fwd.get_cell(0, 1));
+}
+
+// Counts the writes that reach a stream buffer.
+class CountingBuf : public std::streambuf {
+public:
+    int m_writes = 0;
+    std::string m_text;
+
+protected:
+    std::streamsize xsputn(const char* s, std::streamsize n) override {
+        ++m_writes;
+        m_text.append(s, static_cast<std::size_t>(n));
+        return n;
+    }
+    int_type overflow(int_type c) override {
+        ++m_writes;
+        if (c != traits_type::eof())
+            m_text.push_back(static_cast<char>(c));
+        return traits_type::not_eof(c);
+    }
+};
+
+TEST(HMMDecode, RowTraceIsOneWritePerDecode) {
+    HMM h(6);
+    build_casino(h);
+    std::string rolls(5000, '\0');
+    for (std::size_t i = 0; i < rolls.size(); ++i)
+        rolls[i] = static_cast<char>(i * 7 % 6);
+    CountingBuf buf;
+    std::streambuf* old = std::cerr.rdbuf(&buf);
+    ForwardDecode(h).decode(SymbolSequence(rolls));
+    std::cerr.rdbuf(old);
+    EXPECT_NE(std::string::npos, buf.m_text.find("i = 1\ni = 2\n"));
+    EXPECT_NE(std::string::npos, buf.m_text.find("i = 5000\n"));
+    EXPECT_LT(buf.m_writes, 10);
+}
+
+TEST(HMMDecodeDeathTest, FatalTexts) {
+    // Each case builds a one-state model, lets `spoil` break it and runs one decoder.
+    struct Case {
+        const char* what;
+        std::function<void(HMM&)> spoil;
+        std::string seq;
+        int decoder; // 0 Viterbi, 1 forward, 2 backward
+        const char* regex;
+    };
+    const std::vector<Case> cases = {
+        {"unset emission", [](HMM& h) { h.m_states[1].m_log_emit[1] = 1.0f; }, "1", 1,
+         R"(HMMDecode\([0-9]+\): Log emission is > 0 at state 1 x_i 1 1)"},
+        {"forward edge above 1", [](HMM& h) { h.add_transition(0, 1, 2.0f); }, "0", 1,
+         R"(HMMDecode\([0-9]+\): Log prob > 0 at k = 0 to 1)"},
+        {"viterbi edge above 1", [](HMM& h) { h.add_transition(0, 1, 2.0f); }, "0", 0,
+         R"(HMMDecode\([0-9]+\): positive log prob 0\.693147 v tab 0 adj 0\.693147)"},
+        {"no path for the empty sequence", [](HMM&) {}, "", 0,
+         R"(HMMDecode\([0-9]+\): Negative traceback -1)"},
+        {"backward above 0.001",
+         [](HMM& h) {
+             h.add_transition(1, 1, 1.0f);
+             h.set_state_emission(1, 0, 2.0f);
+         },
+         "00", 2, R"(HMMDecode\([0-9]+\): Back Decode, Positive log prob! 0\.693147 i 1 st 1)"},
+        {"no finish state", [](HMM& h) { h.del_finish_state(); }, "0", 1,
+         R"(HMMDecode\([0-9]+\): Decoding a model without a finish state)"},
+        {"loop of silent pointers",
+         [](HMM& h) {
+             // The emitting state loses its way to the finish; silent 2 and 3 point at each other.
+             h.del_finish_state();
+             const int a = h.new_state(true), b = h.new_state(true);
+             h.add_finish_state();
+             h.add_transition(b, a, 1.0f);
+             h.add_transition(a, b, 1.0f);
+             h.add_transition(a, h.m_finish_state, 1.0f);
+         },
+         "0", 0, R"(HMMDecode\([0-9]+\): Traceback does not reach the start state)"},
+        {"symbol outside the alphabet", [](HMM&) {}, "2", 0,
+         R"(HMMDecode\([0-9]+\): Symbol 2 at position 0 outside the alphabet of size 2)"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        auto run = [&c]() {
+            HMM h(2);
+            const int s = h.new_state(false);
+            h.add_finish_state();
+            h.add_transition(0, s, 1.0f);
+            h.add_transition(s, h.m_finish_state, 1.0f);
+            h.set_state_emission(s, 0, 0.5f);
+            h.set_state_emission(s, 1, 0.5f);
+            c.spoil(h);
+            const SymbolSequence x = digits(c.seq);
+            HMMPath path;
+            if (c.decoder == 0)
+                ViterbiDecode(h).decode(x, path);
+            else if (c.decoder == 1)
+                ForwardDecode(h).decode(x);
+            else
+                BackwardDecode(h).decode(x);
+        };
+        EXPECT_DEATH(run(), c.regex);
+    }
+}
+
+} // namespace

@@ -1,0 +1,174 @@
+// Tests of the HMM store: state ids, edge copies, the consistency check, and the log-space helpers.
+#include "HMM.h"
+#include "HMMTestUtil.h"
+#include "LogProb.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <vector>
+
+namespace {
+
+std::vector<int> targets(const HMM& h, int k) {
+    std::vector<int> v;
+    for (const HMMAdjacency& a : h.m_adj[k])
+        v.push_back(a.to);
+    return v;
+}
+
+std::vector<int> sources(const HMM& h, int k) {
+    std::vector<int> v;
+    for (const HMMAdjacency& a : h.m_back_adj[k])
+        v.push_back(a.from);
+    return v;
+}
+
+TEST(HMM, FreshModelAndStates) {
+    HMM h(4);
+    ASSERT_EQ(1, h.num_states());
+    EXPECT_TRUE(h.m_states[0].m_active);
+    EXPECT_TRUE(h.m_states[0].m_silent);
+    EXPECT_EQ(-1, h.m_finish_state);
+    const int s = h.new_state(false);
+    EXPECT_EQ(1, s);
+    EXPECT_EQ((std::vector<float>(4, 0.0f)), h.m_states[s].m_emit);
+    EXPECT_EQ((std::vector<float>(4, 1.0f)), h.m_states[s].m_log_emit);
+    h.add_finish_state();
+    EXPECT_EQ(2, h.m_finish_state);
+    EXPECT_TRUE(h.m_states[2].m_silent);
+    h.reset();
+    EXPECT_EQ(1, h.num_states());
+    EXPECT_EQ(-1, h.m_finish_state);
+    EXPECT_EQ(1, h.new_state(true));
+}
+
+TEST(HMM, EdgesAreStoredTwiceWithLogs) {
+    HMM h(2);
+    h.new_state(false);
+    h.add_transition(0, 1, 0.25f);
+    h.add_transition(0, 1, 0.0f); // no check for an existing edge
+    ASSERT_EQ(2u, h.m_adj[0].size());
+    ASSERT_EQ(2u, h.m_back_adj[1].size());
+    EXPECT_EQ(logf(0.25f), h.m_adj[0].front().log_p);
+    EXPECT_EQ(kLogZero, h.m_back_adj[1].back().log_p);
+    HMMAdjacency a(0, 1, 0.5f);
+    a.set_adj_log_prob(logf(0.125f));
+    EXPECT_FLOAT_EQ(0.125f, a.p);
+    a.set_adj_prob(0.0f);
+    EXPECT_EQ(kLogZero, a.log_p);
+}
+
+TEST(HMM, DeletedIdsComeBackSmallestFirstWithTheirOldState) {
+    QuietCerr quiet;
+    HMM h(2);
+    for (int i = 0; i < 5; ++i)
+        h.new_state(i % 2 == 1); // 1 emitting, 2 silent, 3 emitting, 4 silent, 5 emitting
+    h.set_state_emission(3, 1, 0.5f);
+    h.add_transition(0, 3, 1.0f);
+    h.add_transition(3, 3, 0.5f);
+    h.add_transition(3, 5, 0.5f);
+    h.add_transition(2, 3, 1.0f);
+    h.add_transition(3, 1, 0.25f);
+    h.del_state(4);
+    h.del_state(3);
+    EXPECT_FALSE(h.m_states[3].m_active);
+    EXPECT_TRUE(h.m_adj[3].empty());
+    EXPECT_TRUE(h.m_back_adj[3].empty());
+    EXPECT_TRUE(h.m_adj[0].empty());
+    EXPECT_TRUE(h.m_adj[2].empty());
+    EXPECT_TRUE(h.m_back_adj[5].empty());
+    EXPECT_TRUE(h.m_back_adj[1].empty());
+    EXPECT_NE(std::string::npos,
+              quiet.text().find("HMM del state 3\nHMM will del forward back\nHMM try del"));
+
+    // Id 3 first, asked silent but staying emitting with its old emissions; then 4; then a new id.
+    EXPECT_EQ(3, h.new_state(true));
+    EXPECT_TRUE(h.m_states[3].m_active);
+    EXPECT_FALSE(h.m_states[3].m_silent);
+    EXPECT_EQ(0.5f, h.m_states[3].m_emit[1]);
+    EXPECT_EQ(4, h.new_state(false));
+    EXPECT_TRUE(h.m_states[4].m_silent);
+    EXPECT_EQ(6, h.new_state(false));
+}
+
+TEST(HMM, DeleteKeepsTheOtherEdges) {
+    QuietCerr quiet;
+    HMM h(1);
+    for (int i = 0; i < 3; ++i)
+        h.new_state(false);
+    h.add_transition(0, 1, 0.5f);
+    h.add_transition(0, 2, 0.5f);
+    h.add_transition(1, 2, 1.0f);
+    h.add_transition(2, 3, 1.0f);
+    h.add_transition(3, 1, 1.0f);
+    h.del_state(2);
+    EXPECT_EQ((std::vector<int>{1}), targets(h, 0));
+    EXPECT_TRUE(targets(h, 1).empty());
+    EXPECT_TRUE(sources(h, 3).empty());
+    EXPECT_EQ((std::vector<int>{0, 3}), sources(h, 1));
+    EXPECT_TRUE(h.verify());
+}
+
+TEST(HMM, VerifyReportsSumsButNotTheFinish) {
+    QuietCerr quiet;
+    HMM h(1);
+    h.new_state(false);
+    h.new_state(false);
+    h.add_finish_state();
+    h.add_transition(0, 1, 0.5f);
+    h.add_transition(0, 2, 0.4995f); // within 0.001
+    h.add_transition(1, 3, 0.9f);    // off by 0.1
+    h.add_transition(2, 3, 1.0f);
+    EXPECT_TRUE(h.verify());
+    EXPECT_EQ("HMM verif, tot out prob not equal 1, state 1 total 0.9\n", quiet.text());
+}
+
+TEST(HMMDeathTest, VerifyFailsOnDifferentEdgeCopies) {
+    HMM h(1);
+    h.new_state(false);
+    h.add_transition(0, 1, 1.0f);
+    h.m_adj[0].front().set_adj_prob(0.5f);
+    EXPECT_DEATH(h.verify(), R"(HMM\([0-9]+\): Incompatible adj/back in states 0 to 1 0\.5 1)");
+}
+
+TEST(LogProb, HandValues) {
+    EXPECT_FLOAT_EQ(logf(0.75f), log_sum_log(logf(0.25f), logf(0.5f)));
+    EXPECT_FLOAT_EQ(logf(0.75f), log_sum_log(logf(0.5f), logf(0.25f)));
+    EXPECT_FLOAT_EQ(logf(2.0f), log_sum_log(0.0f, 0.0f));
+    EXPECT_EQ(-1.0f, log_sum_log(-1.0f, kLogZero));
+    EXPECT_EQ(kLogZero, log_sum_log(kLogZero, kLogZero));
+    EXPECT_FLOAT_EQ(logf(0.75f), log_one_minus(0.25f));
+    EXPECT_EQ(kLogZero, log_one_minus(1.0f));
+    EXPECT_FLOAT_EQ(logf(0.75f), log_one_minus_exp(logf(0.25f)));
+    EXPECT_EQ(kLogZero, log_one_minus_exp(0.0f));
+    EXPECT_EQ(kLogZero, log_prob(0.0f));
+}
+
+// The shortcut for far-apart values gives the very float of the plain formula.
+TEST(LogProb, ShortcutEqualsPlainFormula) {
+    auto plain = [](float a, float b) {
+        const float hi = a > b ? a : b;
+        const float lo = a > b ? b : a;
+        return hi + logf(1.0f + expf(lo - hi));
+    };
+    const float his[] = {0.0f, -0.0f, -1.5f, -1000.25f, -3.0e37f};
+    for (float hi : his) {
+        for (float d = -40.0f; d <= 0.0f; d += 0.03125f) {
+            const float lo = hi + d;
+            EXPECT_EQ(plain(hi, lo), log_sum_log(hi, lo)) << hi << " " << d;
+            EXPECT_EQ(plain(lo, hi), log_sum_log(lo, hi)) << hi << " " << d;
+        }
+        EXPECT_EQ(plain(hi, kLogZero), log_sum_log(hi, kLogZero));
+        EXPECT_EQ(plain(hi, -INFINITY), log_sum_log(-INFINITY, hi));
+    }
+}
+
+TEST(HMM, BasePrintSaysDerived) {
+    std::ostringstream out;
+    HMM(1).print(out);
+    EXPECT_EQ("Implemented in derived classes!\n", out.str());
+}
+
+} // namespace
