@@ -34,7 +34,7 @@ float DsetAssignEvalPMInfo::eval(const std::vector<std::vector<int>>& counts, in
     const float h = minfo(counts, rows, N, col_sums);
     const int cols = counts.empty() ? 0 : static_cast<int>(counts[0].size());
     if (m_logit)
-        std::cerr << "out fit = " << h << std::endl;
+        std::cerr << "out fit " << h << std::endl;
     if (rows == 1) {
         for (long long s : col_sums) {
             if (s == N)

@@ -297,6 +297,20 @@ TEST(DsetAssignEval, PConsistByHand) {
     }
 }
 
+TEST(DsetAssignEval, LogitTracesEachCell) {
+    options opt;
+    std::istringstream in("[Eval]\nLogit = 1\nEquivSampleSize = 1\nMaxCard = 3\n");
+    opt.read(in, false);
+    DsetAssignEvalBDe bde(opt, "Eval");
+    Lattice lat(Rows{{0, 0}, {1, 1}, {2, 1}}, 1);
+    DsetAssignIter it(lat.set(0, {1}));
+    const std::string log = capture_stderr([&] { bde.eval(it); });
+    // Parent value 0 is id 4, value 1 id 8.
+    EXPECT_NE(log.find("index 4 c1,2,3 1 0 0"), std::string::npos) << log;
+    EXPECT_NE(log.find("index 8 c1,2,3 0 1 1"), std::string::npos) << log;
+    EXPECT_NE(log.find("bde = "), std::string::npos) << log;
+}
+
 TEST(DsetAssignEval, FactoryNamesInTableOrder) {
     options opt = make_options();
     const auto& gen = dset_assign_eval_gen();
