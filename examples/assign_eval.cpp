@@ -9,12 +9,14 @@
 #include "ds/IdDSetIter.h"
 #include "options.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {

@@ -8,9 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 #include <memory>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace {
