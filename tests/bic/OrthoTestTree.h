@@ -1,0 +1,62 @@
+// Test fixtures of the species tree: var tables and tree tables written to a temporary folder.
+#ifndef VESK_ORTHOTESTTREE_H
+#define VESK_ORTHOTESTTREE_H
+
+#include "SpeciesPhylogeny.h"
+#include "TestSupport.h"
+#include "options.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+// A long object table of `n` genes named <prefix><id>, printed name <PREFIX><id>, alias al_<prefix><id>.
+inline std::string ortho_var_table(const std::string& prefix, int n) {
+    std::ostringstream os;
+    for (int i = 0; i < n; ++i)
+        os << i << " " << prefix << i << " gene x x " << prefix << "_s" << i << " al_" << prefix << i << "\n";
+    return os.str();
+}
+
+// Reads a tree table with the traces swallowed.
+inline std::unique_ptr<SpeciesPhylogeny> ortho_read_tree(options& opt, const std::string& table) {
+    auto tree = std::make_unique<SpeciesPhylogeny>(opt);
+    std::istringstream in(table);
+    testing::internal::CaptureStderr();
+    tree->read_tables(in);
+    testing::internal::GetCapturedStderr();
+    return tree;
+}
+
+// The hand-worked tree: records out of order, root 2, inner 4, leaves A = 0 (3 genes, with protein
+// lengths), B = 3 (2 genes) and C = 1, which maps onto A (kind -1).
+//
+// Edges: 2 -> (4, 1), 4 -> (3, 0); ranks 2 at the root, 1 at node 4, 0 on the leaves.
+struct FiveNodeTree {
+    FiveNodeTree() {
+        const std::string a = dir.write("A.tab", ortho_var_table("a", 3));
+        const std::string b = dir.write("B.tab", ortho_var_table("b", 2));
+        const std::string len = dir.write("A.len", "0 120\n2 300\n");
+        table = "3 sB 0 " + b + " 4 0 0.5 0.5 x none\n" +
+                "4 in4 1 none 2 1 0 0 x none\n"
+                "1 sC -1 map 2 0 0 0 x none\n"
+                "0 sA 0 " +
+                a + " 4 0 0 0 x " + len + "\n" + "2 root 2 none -1 2 0 0 x none\n";
+        std::istringstream in(table);
+        tree = std::make_unique<SpeciesPhylogeny>(opt);
+        testing::internal::CaptureStderr();
+        tree->read_tables(in);
+        trace = testing::internal::GetCapturedStderr();
+    }
+    TempDir dir;
+    options opt;
+    std::string table;
+    std::string trace;
+    std::unique_ptr<SpeciesPhylogeny> tree;
+};
+
+#endif
