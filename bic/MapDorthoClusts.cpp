@@ -303,10 +303,17 @@ bool MapHDocs::test_docs_con(int i) {
                       << "doc2_size " << kb.size() << std::endl;
         return false;
     }
+    // The pair's weight is its best hit, as a growth takes the best hit towards a species.
+    float w = 0.0f;
+    for (const Key& x : ka)
+        for (const Key& y : kb)
+            for (const DorthoEdge& f : m_graph.edges(x.first, x.second, y.first))
+                if (f.to_gid == y.second && acceptable(x.first, y.first, f))
+                    w = std::max(w, f.score);
     int con = 0;
     for (const Key& x : ka)
         for (const Key& y : kb) {
-            if (!connected(x, y, m_doc_w[a]))
+            if (!connected(x, y, w))
                 return false;
             ++con;
         }

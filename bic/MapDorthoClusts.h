@@ -11,7 +11,7 @@
 //  - glue_docs tries live pairs (a, b), a < b, in doc id order, each pair once, where b holds a gene
 //    that a hit of a member of a reaches; a merge moves b's new members into a and kills b. Two docs
 //    connect when every member x of a has a hit to every member y of b (or x is y) that passes the
-//    grow_step test with a's growth weight.
+//    grow_step test with the pair's weight: the best acceptable hit from a member of a to one of b.
 #ifndef VESK_MAPDORTHOCLUSTS_H
 #define VESK_MAPDORTHOCLUSTS_H
 

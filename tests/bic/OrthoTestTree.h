@@ -59,4 +59,30 @@ struct FiveNodeTree {
     std::unique_ptr<SpeciesPhylogeny> tree;
 };
 
+// Four species A = 0, B = 1, C = 2, D = 3 of six genes each, on ((A, B) 4, (C, D) 5) 6 with ranks
+// 1, 2 and 3 at the inner nodes.
+struct FourSpeciesTree {
+    explicit FourSpeciesTree(int rank5 = 2) {
+        std::string table;
+        const char* names[] = {"A", "B", "C", "D"};
+        for (int s = 0; s < 4; ++s) {
+            const std::string f = dir.write(std::string(names[s]) + ".tab", ortho_var_table(names[s], 6));
+            table += std::to_string(s) + " " + names[s] + " 0 " + f + " " + (s < 2 ? "4" : "5") +
+                     " 0 0 0 x none\n";
+        }
+        table += "4 ab 1 none 6 1 0 0 x none\n5 cd 1 none 6 " + std::to_string(rank5) +
+                 " 0 0 x none\n6 root 1 none -1 3 0 0 x none\n";
+        tree = ortho_read_tree(opt, table);
+    }
+    TempDir dir;
+    options opt;
+    std::unique_ptr<SpeciesPhylogeny> tree;
+};
+
+// Options from inline text.
+inline void ortho_read_options(options& opt, const std::string& text) {
+    std::istringstream in(text);
+    opt.read(in, false);
+}
+
 #endif
