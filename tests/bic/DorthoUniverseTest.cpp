@@ -134,4 +134,17 @@ TEST(DorthoUniverse, RandomizeDrawsOnceADomainAndRepeatsWithTheSeed) {
     EXPECT_EQ(got, std::vector<int>(want.begin() + 19, want.end()));
 }
 
+TEST(OrthoCluster, PrintsGenesAndTalliesAroundANode) {
+    FourSpeciesTree t;
+    OrthoCluster c(*t.tree);
+    c.add_gene(0, 4);
+    c.add_gene(0, 1);
+    c.add_gene(1, 2);
+    c.add_gene(3, 5);
+    // Node 4: L = {A}, R = {B}, U = every other node (C and D among them).
+    std::ostringstream os;
+    c.print(os, 4);
+    EXPECT_EQ(os.str(), "Sp0: 4 1\nSp1: 2\nSp3: 5\nl count 2 r count 1 u count 1\n");
+}
+
 } // namespace
