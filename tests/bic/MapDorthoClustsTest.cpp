@@ -38,25 +38,11 @@ struct GenRun {
     std::string table;
 };
 
-// Hits in the all-species table form; every species pair has one direction unless both are listed.
-GenRun run_edges(const std::string& hits, const std::string& keys) {
-    FourSpeciesTree t;
-    ortho_read_options(t.opt, std::string(kBase) + keys);
-    testing::internal::CaptureStderr();
-    SpeciesDorthoGraph g(*t.tree, 1000.0f, 5);
-    std::istringstream in(hits);
-    g.read_table(in);
-    testing::internal::GetCapturedStderr();
-    MapDorthoClusts m(g, t.opt, "Docs");
-    testing::internal::CaptureStderr();
-    m.calc();
-    std::ostringstream os;
-    m.dump_table(os);
-    GenRun r{doc_strings(m.m_docs), testing::internal::GetCapturedStderr(), os.str()};
-    return r;
-}
+const std::vector<char>* alive_of(const MapDorthoClusts&) { return nullptr; }
+const std::vector<char>* alive_of(const MapHDocs& m) { return &m.m_alive; }
 
-GenRun run_hdocs(const std::string& hits, const std::string& keys) {
+// Runs a generator on hits in the all-species table form (one direction unless both are listed).
+template <class Gen> GenRun run_gen(const std::string& hits, const std::string& keys) {
     FourSpeciesTree t;
     ortho_read_options(t.opt, std::string(kBase) + keys);
     testing::internal::CaptureStderr();
@@ -64,13 +50,12 @@ GenRun run_hdocs(const std::string& hits, const std::string& keys) {
     std::istringstream in(hits);
     g.read_table(in);
     testing::internal::GetCapturedStderr();
-    MapHDocs m(g, t.opt, "Docs");
+    Gen m(g, t.opt, "Docs");
     testing::internal::CaptureStderr();
     m.calc();
     std::ostringstream os;
     m.dump_table(os);
-    GenRun r{doc_strings(m.m_docs, &m.m_alive), testing::internal::GetCapturedStderr(), os.str()};
-    return r;
+    return GenRun{doc_strings(m.m_docs, alive_of(m)), testing::internal::GetCapturedStderr(), os.str()};
 }
 
 const char kLimits[] = "WgtMargin = 1\nMaxParalouges = 2\nHugeParalouges = 3\n";
@@ -144,7 +129,7 @@ TEST(MapDorthoClusts, EachGrowthRuleDecides) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const GenRun r = run_edges(c.hits, c.keys);
+        const GenRun r = run_gen<MapDorthoClusts>(c.hits, c.keys);
         EXPECT_EQ(r.docs, c.docs);
         if (*c.trace) {
             EXPECT_NE(r.trace.find(c.trace), std::string::npos) << r.trace;
@@ -153,8 +138,8 @@ TEST(MapDorthoClusts, EachGrowthRuleDecides) {
 }
 
 TEST(MapDorthoClusts, DumpTableWritesDocsUnderTheirIndex) {
-    const GenRun r =
-        run_edges("0 0 1 100 1 0 1 100 10\n0 0 1 100 2 0 1 100 8\n1 0 1 100 2 0 1 100 9\n", kLimits);
+    const GenRun r = run_gen<MapDorthoClusts>(
+        "0 0 1 100 1 0 1 100 10\n0 0 1 100 2 0 1 100 8\n1 0 1 100 2 0 1 100 9\n", kLimits);
     EXPECT_EQ(r.table, "0\t0\t0\t1\t100\n0\t1\t0\t1\t100\n0\t2\t0\t1\t100\n"
                        "1\t0\t0\t1\t100\n1\t2\t0\t1\t100\n"
                        "2\t1\t0\t1\t100\n2\t2\t0\t1\t100\n");
@@ -204,7 +189,7 @@ TEST(MapHDocs, TransitivityMarginSizeAndGlue) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const GenRun r = run_hdocs(c.hits, c.keys);
+        const GenRun r = run_gen<MapHDocs>(c.hits, c.keys);
         EXPECT_EQ(r.docs, c.docs);
         if (*c.trace) {
             EXPECT_NE(r.trace.find(c.trace), std::string::npos) << r.trace;

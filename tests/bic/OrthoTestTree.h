@@ -10,9 +10,19 @@
 
 #include <iostream>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
+
+// The ids set in a bit vector.
+inline std::set<int> ortho_bits(const ds_bitvec& v) {
+    std::set<int> s;
+    for (int i = 0; i < v.size(); ++i)
+        if (v.get_ind(i))
+            s.insert(i);
+    return s;
+}
 
 // A long object table of `n` genes named <prefix><id>, printed name <PREFIX><id>, alias al_<prefix><id>.
 inline std::string ortho_var_table(const std::string& prefix, int n) {

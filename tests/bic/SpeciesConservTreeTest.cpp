@@ -9,14 +9,6 @@
 
 namespace {
 
-std::set<int> bits(const ds_bitvec& v) {
-    std::set<int> s;
-    for (int i = 0; i < v.size(); ++i)
-        if (v.get_ind(i))
-            s.insert(i);
-    return s;
-}
-
 std::unique_ptr<SpeciesConservTree> conserv(SpeciesPhylogeny& tree, float thr, const std::string& table) {
     testing::internal::CaptureStderr();
     auto c = std::make_unique<SpeciesConservTree>(tree, thr);
@@ -54,18 +46,18 @@ TEST(SpeciesConservTree, HandTableOnFiveNodeTree) {
     EXPECT_EQ(c->graph(2, 0), nullptr);
     const auto& cs = c->m_conserv;
     // Leaves: their own species all ones (the mapped leaf through A's three genes), nothing else.
-    EXPECT_EQ(bits(cs[0][0]), (std::set<int>{0, 1, 2}));
-    EXPECT_EQ(bits(cs[1][1]), (std::set<int>{0, 1, 2}));
-    EXPECT_EQ(bits(cs[3][3]), (std::set<int>{0, 1}));
-    EXPECT_TRUE(bits(cs[0][3]).empty());
+    EXPECT_EQ(ortho_bits(cs[0][0]), (std::set<int>{0, 1, 2}));
+    EXPECT_EQ(ortho_bits(cs[1][1]), (std::set<int>{0, 1, 2}));
+    EXPECT_EQ(ortho_bits(cs[3][3]), (std::set<int>{0, 1}));
+    EXPECT_TRUE(ortho_bits(cs[0][3]).empty());
     // Root: L = {0, 3}, R = {1}: only B0-C1 crosses.
-    EXPECT_TRUE(bits(cs[2][0]).empty());
-    EXPECT_EQ(bits(cs[2][3]), (std::set<int>{0}));
-    EXPECT_EQ(bits(cs[2][1]), (std::set<int>{1}));
+    EXPECT_TRUE(ortho_bits(cs[2][0]).empty());
+    EXPECT_EQ(ortho_bits(cs[2][3]), (std::set<int>{0}));
+    EXPECT_EQ(ortho_bits(cs[2][1]), (std::set<int>{1}));
     // Node 4: L = {3}, R = {0}, U = {1, 2, 4}: A0-B1 across L-R, B0-C1 across L-U.
-    EXPECT_EQ(bits(cs[4][0]), (std::set<int>{0}));
-    EXPECT_EQ(bits(cs[4][3]), (std::set<int>{0, 1}));
-    EXPECT_EQ(bits(cs[4][1]), (std::set<int>{1}));
+    EXPECT_EQ(ortho_bits(cs[4][0]), (std::set<int>{0}));
+    EXPECT_EQ(ortho_bits(cs[4][3]), (std::set<int>{0, 1}));
+    EXPECT_EQ(ortho_bits(cs[4][1]), (std::set<int>{1}));
 }
 
 // A random rooted binary tree: leaves merged pairwise at random; ids shuffled; some leaves mapped.
@@ -182,7 +174,7 @@ TEST(SpeciesConservTree, RandomTablesMatchBruteForce) {
                     }
             }
             for (int s : species)
-                EXPECT_EQ(bits(c->m_conserv[node][s]), want[s])
+                EXPECT_EQ(ortho_bits(c->m_conserv[node][s]), want[s])
                     << "round " << round << " node " << node << " sp " << s;
         }
     }

@@ -6,14 +6,6 @@
 
 namespace {
 
-std::set<int> bits(const ds_bitvec& v) {
-    std::set<int> s;
-    for (int i = 0; i < v.size(); ++i)
-        if (v.get_ind(i))
-            s.insert(i);
-    return s;
-}
-
 TEST(SpeciesPhylogeny, FiveNodeTreeByHand) {
     FiveNodeTree f;
     const SpeciesPhylogeny& t = *f.tree;
@@ -46,13 +38,13 @@ TEST(SpeciesPhylogeny, FiveNodeTreeByHand) {
     const std::vector<std::set<int>> u = {{1, 2, 3, 4}, {0, 2, 3, 4}, {}, {0, 1, 2, 4}, {1, 2, 4}};
     for (int n = 0; n < 5; ++n) {
         SCOPED_TRACE(n);
-        EXPECT_EQ(bits(t.m_subtree[n]), subtree[n]);
-        EXPECT_EQ(bits(t.m_leaves[n]), leaves[n]);
+        EXPECT_EQ(ortho_bits(t.m_subtree[n]), subtree[n]);
+        EXPECT_EQ(ortho_bits(t.m_leaves[n]), leaves[n]);
         EXPECT_EQ(t.m_below_leaves[n], below[n]);
         EXPECT_EQ(t.m_other_leaves[n], other[n]);
-        EXPECT_EQ(bits(t.m_l_set[n]), l[n]);
-        EXPECT_EQ(bits(t.m_r_set[n]), r[n]);
-        EXPECT_EQ(bits(t.m_u_set[n]), u[n]);
+        EXPECT_EQ(ortho_bits(t.m_l_set[n]), l[n]);
+        EXPECT_EQ(ortho_bits(t.m_r_set[n]), r[n]);
+        EXPECT_EQ(ortho_bits(t.m_u_set[n]), u[n]);
     }
     const std::vector<std::vector<int>> lca = {
         {0, 2, 0, 4, 0}, {2, 1, 0, 2, 0}, {0, 0, 0, 0, 0}, {4, 2, 0, 3, 0}, {0, 0, 0, 0, 0}};
