@@ -1,0 +1,183 @@
+// SpeciesHomologyGraph and SpeciesConservTree: the hand-worked table on the five-node tree, the
+// threshold edge, and random homology tables on random trees against a brute-force recomputation.
+#include "SpeciesConservTree.h"
+
+#include "OrthoTestTree.h"
+
+#include <random>
+#include <set>
+
+namespace {
+
+std::unique_ptr<SpeciesConservTree> conserv(SpeciesPhylogeny& tree, float thr, const std::string& table) {
+    testing::internal::CaptureStderr();
+    auto c = std::make_unique<SpeciesConservTree>(tree, thr);
+    std::istringstream in(table);
+    c->read_table(in);
+    c->recalc();
+    testing::internal::GetCapturedStderr();
+    return c;
+}
+
+TEST(SpeciesHomologyGraph, KeepsOwnOrderedPairWithoutThreshold) {
+    SpeciesHomologyGraph g(0, 3, 3, 2);
+    std::istringstream in("0 1 3 0 9.5\n3 0 0 1 0.1\n0 2 3 1 0.5\n0 2 1 1 0.5\n");
+    g.read_table(in);
+    ASSERT_EQ(g.m_out.size(), 3u);
+    ASSERT_EQ(g.m_out[1].size(), 1u);
+    EXPECT_EQ(g.m_out[1][0].to, 0);
+    EXPECT_EQ(g.m_out[1][0].score, 9.5f);
+    ASSERT_EQ(g.m_out[2].size(), 1u);
+    EXPECT_EQ(g.m_out[2][0].to, 1);
+    EXPECT_TRUE(g.m_out[0].empty());
+    // The incoming list by gene of b holds the reversed edge.
+    ASSERT_EQ(g.m_in[0].size(), 1u);
+    EXPECT_EQ(g.m_in[0][0].from, 0);
+    EXPECT_EQ(g.m_in[0][0].to, 1);
+    EXPECT_EQ(g.m_in[1].size(), 1u);
+}
+
+TEST(SpeciesConservTree, HandTableOnFiveNodeTree) {
+    FiveNodeTree f;
+    // A0-B1 kept, A1-C2 equal to the threshold and dropped, B0-C1 kept, A2-C0 above and dropped.
+    auto c = conserv(*f.tree, 1.0f, "0 0 3 1 0.5\n0 1 1 2 1.0\n3 0 1 1 0.2\n0 2 1 0 2.0\n");
+    EXPECT_EQ(c->graph(0, 1)->m_out[1].size(), 0u);
+    EXPECT_EQ(c->graph(3, 0)->m_out[1].size(), 1u);
+    EXPECT_EQ(c->graph(2, 0), nullptr);
+    const auto& cs = c->m_conserv;
+    // Leaves: their own species all ones (the mapped leaf through A's three genes), nothing else.
+    EXPECT_EQ(ortho_bits(cs[0][0]), (std::set<int>{0, 1, 2}));
+    EXPECT_EQ(ortho_bits(cs[1][1]), (std::set<int>{0, 1, 2}));
+    EXPECT_EQ(ortho_bits(cs[3][3]), (std::set<int>{0, 1}));
+    EXPECT_TRUE(ortho_bits(cs[0][3]).empty());
+    // Root: L = {0, 3}, R = {1}: only B0-C1 crosses.
+    EXPECT_TRUE(ortho_bits(cs[2][0]).empty());
+    EXPECT_EQ(ortho_bits(cs[2][3]), (std::set<int>{0}));
+    EXPECT_EQ(ortho_bits(cs[2][1]), (std::set<int>{1}));
+    // Node 4: L = {3}, R = {0}, U = {1, 2, 4}: A0-B1 across L-R, B0-C1 across L-U.
+    EXPECT_EQ(ortho_bits(cs[4][0]), (std::set<int>{0}));
+    EXPECT_EQ(ortho_bits(cs[4][3]), (std::set<int>{0, 1}));
+    EXPECT_EQ(ortho_bits(cs[4][1]), (std::set<int>{1}));
+}
+
+// A random rooted binary tree: leaves merged pairwise at random; ids shuffled; some leaves mapped.
+struct RandomTree {
+    RandomTree(std::mt19937& rng, int leaves, int genes_max) {
+        const int n = 2 * leaves - 1;
+        std::vector<int> ids(n);
+        for (int i = 0; i < n; ++i)
+            ids[i] = i;
+        std::shuffle(ids.begin(), ids.end(), rng);
+        parent.assign(n, -1);
+        inner.assign(n, false);
+        std::vector<int> open(ids.begin(), ids.begin() + leaves);
+        int next = leaves;
+        while (open.size() > 1) {
+            const int i = std::uniform_int_distribution<int>(0, int(open.size()) - 1)(rng);
+            const int a = open[i];
+            open.erase(open.begin() + i);
+            const int j = std::uniform_int_distribution<int>(0, int(open.size()) - 1)(rng);
+            const int b = open[j];
+            open.erase(open.begin() + j);
+            const int p = ids[next++];
+            parent[a] = parent[b] = p;
+            inner[p] = true;
+            open.push_back(p);
+        }
+        genes.assign(n, 0);
+        std::ostringstream os;
+        std::vector<int> order(ids);
+        std::shuffle(order.begin(), order.end(), rng);
+        int real = -1;
+        for (int id : order) {
+            if (inner[id]) {
+                os << id << " n" << id << " 1 none " << parent[id] << " 1 0 0 x none\n";
+            } else if (real >= 0 && rng() % 4 == 0) {
+                genes[id] = genes[real];
+                os << id << " s" << id << " " << ~real << " map " << parent[id] << " 0 0 0 x none\n";
+            } else {
+                genes[id] = 1 + int(rng() % genes_max);
+                const std::string f = dir.write("s" + std::to_string(id), ortho_var_table("g", genes[id]));
+                os << id << " s" << id << " 0 " << f << " " << parent[id] << " 0 0 0 x none\n";
+                real = id;
+            }
+        }
+        table = os.str();
+    }
+    bool is_ancestor_or_self(int a, int x) const {
+        for (; x >= 0; x = parent[x])
+            if (x == a)
+                return true;
+        return false;
+    }
+    TempDir dir;
+    std::vector<int> parent;
+    std::vector<bool> inner;
+    std::vector<int> genes;
+    std::string table;
+};
+
+TEST(SpeciesConservTree, RandomTablesMatchBruteForce) {
+    const std::uint32_t seed = test_seed(515);
+    SCOPED_TRACE(seed);
+    std::mt19937 rng(seed);
+    for (int round = 0; round < 6; ++round) {
+        RandomTree rt(rng, 3 + round * 2, 6);
+        options opt;
+        auto tree = ortho_read_tree(opt, rt.table);
+        const int n = tree->nodes_num();
+        std::vector<int> species;
+        for (int i = 0; i < n; ++i)
+            if (!rt.inner[i])
+                species.push_back(i);
+        const float thr = 0.5f;
+        struct Rec {
+            int sa, ga, sb, gb;
+            float score;
+        };
+        std::vector<Rec> recs;
+        std::ostringstream table;
+        for (int k = 0; k < 40; ++k) {
+            Rec r;
+            r.sa = species[rng() % species.size()];
+            r.sb = species[rng() % species.size()];
+            r.ga = int(rng() % rt.genes[r.sa]);
+            r.gb = int(rng() % rt.genes[r.sb]);
+            // Scores on a grid of tenths so that some equal the threshold.
+            r.score = float(rng() % 11) / 10.0f;
+            recs.push_back(r);
+            table << r.sa << " " << r.ga << " " << r.sb << " " << r.gb << " " << r.score << "\n";
+        }
+        auto c = conserv(*tree, thr, table.str());
+        // Brute force: at an inner node, each leaf lies below the left child, the right child, or
+        // elsewhere; a kept record whose two species lie on different sides marks both genes.
+        for (int node = 0; node < n; ++node) {
+            std::vector<std::set<int>> want(n);
+            if (!rt.inner[node]) {
+                for (int g = 0; g < rt.genes[node]; ++g)
+                    want[node].insert(g);
+            } else {
+                std::vector<int> kids;
+                for (int x = 0; x < n; ++x)
+                    if (rt.parent[x] == node)
+                        kids.push_back(x);
+                auto side = [&](int x) {
+                    for (std::size_t k = 0; k < kids.size(); ++k)
+                        if (rt.is_ancestor_or_self(kids[k], x))
+                            return int(k);
+                    return 2;
+                };
+                for (const Rec& r : recs)
+                    if (r.score < 0.5f && side(r.sa) != side(r.sb)) {
+                        want[r.sa].insert(r.ga);
+                        want[r.sb].insert(r.gb);
+                    }
+            }
+            for (int s : species)
+                EXPECT_EQ(ortho_bits(c->m_conserv[node][s]), want[s])
+                    << "round " << round << " node " << node << " sp " << s;
+        }
+    }
+}
+
+} // namespace
