@@ -60,8 +60,11 @@ void LDTable::set_table(const std::vector<float>& values) {
 }
 
 void LDTable::write(std::ostream& os) const {
+    // Nine significant digits: a float read back is the float written.
+    const std::streamsize old = os.precision(9);
     for (float v : m_val_table)
         os << " " << v;
+    os.precision(old);
 }
 
 void LDTable::read(std::istream& is) {

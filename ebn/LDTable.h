@@ -28,7 +28,7 @@ public:
     // Sizes the table to the parents; new entries are log(1/card), held entries stay.
     void reinit() override;
     float logp() const override { return m_val_table[table_index()]; }
-    // " <value>" per entry in table order, no line end.
+    // " <value>" per entry in table order, to 9 significant digits, no line end.
     void write(std::ostream& os) const override;
     virtual void clear() { m_val_table.clear(); }
     // Copies `probs` (out-card log values) to the entries of the parent configuration in `state`.
