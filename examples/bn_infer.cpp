@@ -70,8 +70,8 @@ bool read_cpts(std::istream& in, BNet<int>& net, std::vector<LDTable*>& tables) 
         while (ls >> p)
             logs.push_back(p > 0.0f ? logf(p) : kLogZero);
         if (static_cast<int>(logs.size()) != tables[r]->get_tab_size()) {
-            std::cerr << "Table of vid " << vid << " has " << logs.size() << " entries, " << tables[r]->get_tab_size()
-                      << " needed" << std::endl;
+            std::cerr << "Table of vid " << vid << " has " << logs.size() << " entries, "
+                      << tables[r]->get_tab_size() << " needed" << std::endl;
             return false;
         }
         tables[r]->set_table(logs);
@@ -178,7 +178,8 @@ int main(int argc, char** argv) {
         for (const auto& h : hidden) {
             const int card = net.get_rvar_card(h.second);
             const std::list<int> one(1, h.second);
-            ids.push_back(log_space ? query.add_query(one, JDLogVector(card)) : query.add_query(one, JDVector(card)));
+            ids.push_back(log_space ? query.add_query(one, JDLogVector(card))
+                                    : query.add_query(one, JDVector(card)));
         }
         engine->preproc_query(query);
         engine->infer(query);

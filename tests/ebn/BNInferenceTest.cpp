@@ -258,3 +258,21 @@ TEST(BNInferGibbsModes, DistinctStatesCountOnceWithTheirJointWeight) {
 }
 
 } // namespace
+
+namespace {
+
+TEST(BNInferGibbsDeathTest, UnsampleableConditionalIsFatal) {
+    // A table of not-a-number logs gives no value x with r + t not above entry x.
+    TableNet tn({2}, {{}}, {bern(0.5)});
+    static_cast<LDTable*>(tn.net.get_ldist(0))->set_table({std::nanf(""), std::nanf("")});
+    options o = gibbs_options(1, 1);
+    BNInferQuery<int> q(tn.net);
+    q.add_query({0}, JDVector(2));
+    BNInferGibbs gibbs(tn.net, o, "G");
+    gibbs.preproc_query(q);
+    EXPECT_DEATH(
+        gibbs.infer(q),
+        R"(BNInference\([0-9]+\): ERROR: could not sample from var 0 nax dust was nan rand was nan)");
+}
+
+} // namespace
