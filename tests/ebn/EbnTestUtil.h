@@ -3,13 +3,16 @@
 #ifndef VESK_EBNTESTUTIL_H
 #define VESK_EBNTESTUTIL_H
 
+#include "BNInference.h"
 #include "BNState.h"
 #include "BNet.h"
+#include "JointDist.h"
 #include "LDTable.h"
 #include "LocalDist.h"
 
 #include <cmath>
 #include <fstream>
+#include <list>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -82,48 +85,66 @@ struct RefNet {
 inline std::vector<RefNet> read_ref_nets(const std::string& path) {
     std::vector<RefNet> nets;
     std::ifstream in(path);
-    std::string line;
-    RefNet cur;
+    std::string line, tag;
     while (std::getline(in, line)) {
         std::istringstream ls(line);
-        std::string tag;
+        int v = 0, k = 0, x = 0;
+        double p = 0;
         ls >> tag;
-        int v = 0, k = 0;
         if (tag == "net") {
-            cur = RefNet();
+            nets.emplace_back();
             ls >> k;
-            cur.parents.resize(k);
-            cur.cpts.resize(k);
-        } else if (tag == "cards") {
-            while (ls >> v)
-                cur.cards.push_back(v);
-        } else if (tag == "parents") {
-            ls >> v >> k;
-            cur.parents[v].resize(k);
-            for (int& p : cur.parents[v])
-                ls >> p;
-        } else if (tag == "cpt") {
-            ls >> v >> k;
-            cur.cpts[v].resize(k);
-            for (double& p : cur.cpts[v])
-                ls >> p;
-        } else if (tag == "evidence") {
-            ls >> k;
-            for (int i = 0; i < k; ++i) {
-                int x = 0;
-                ls >> v >> x;
-                cur.evidence[v] = x;
-            }
-        } else if (tag == "post") {
-            ls >> v;
-            double p = 0;
-            while (ls >> p)
-                cur.post[v].push_back(p);
-        } else if (tag == "end") {
-            nets.push_back(cur);
+            nets.back().parents.resize(k);
+            nets.back().cpts.resize(k);
+        } else if (tag == "end" || nets.empty()) {
+            continue;
         }
+        RefNet& r = nets.back();
+        if (tag == "cards")
+            while (ls >> v)
+                r.cards.push_back(v);
+        else if (tag == "parents" && ls >> v >> k)
+            while (ls >> x)
+                r.parents[v].push_back(x);
+        else if (tag == "cpt" && ls >> v >> k)
+            while (ls >> p)
+                r.cpts[v].push_back(p);
+        else if (tag == "evidence" && ls >> k)
+            while (ls >> v >> x)
+                r.evidence[v] = x;
+        else if (tag == "post" && ls >> v)
+            while (ls >> p)
+                r.post[v].push_back(p);
     }
     return nets;
+}
+
+// Sets the evidence, queries each of `nodes` alone (every hidden node when empty) with a counter
+// JD of its card, runs the engine and returns P(node = x) per query.
+template <class JD>
+std::vector<std::vector<double>> run(TableNet& tn, BNInference<int>& engine, const std::map<int, int>& ev,
+                                     std::list<int> nodes = {}) {
+    BNInferQuery<int> q(tn.net);
+    for (const auto& e : ev) {
+        q.set_var_observed(e.first);
+        tn.state->set_rv_state(e.first, e.second);
+    }
+    if (nodes.empty())
+        nodes = q.get_hidden_vars();
+    for (int v : nodes)
+        q.add_query(std::list<int>(1, v), JD(tn.net.get_rvar_card(v)));
+    engine.preproc_query(q);
+    engine.infer(q);
+    std::vector<std::vector<double>> out;
+    for (int i = 0; i < q.get_max_query_id(); ++i) {
+        JointDist<int>* p = q.get_posterior(i);
+        out.emplace_back();
+        for (int x = 0; x < tn.net.get_rvar_card(q.get_query(i).front()); ++x) {
+            const double d = p->density(std::vector<int>(1, x));
+            out.back().push_back(p->is_log_space() ? std::exp(d) : d);
+        }
+    }
+    return out;
 }
 
 #endif
