@@ -129,6 +129,34 @@ void Net::compute_markov_blankets(std::vector<std::list<int>>& out) const {
     }
 }
 
+bool Net::verify() const {
+    const int n = get_nodes_num();
+    if (static_cast<int>(m_parents.size()) != n || static_cast<int>(m_children.size()) != n ||
+        static_cast<int>(m_card.size()) != n || static_cast<int>(m_parent_added_event.size()) != n) {
+        std::cerr << "Net::verify: per-node vectors differ from the node count " << n << std::endl;
+        return false;
+    }
+    std::size_t parent_entries = 0, child_entries = 0;
+    for (int v = 0; v < n; ++v) {
+        parent_entries += m_parents[v].size();
+        child_entries += m_children[v].size();
+    }
+    if (parent_entries != m_edge_index.size() || child_entries != m_edge_index.size()) {
+        std::cerr << "Net::verify: " << m_edge_index.size() << " edges but " << parent_entries
+                  << " parent and " << child_entries << " child entries" << std::endl;
+        return false;
+    }
+    for (const auto& e : m_edge_index) {
+        const int from = e.first.first, to = e.first.second, i = e.second;
+        if (*m_edge_child_pos[i] != to || *m_edge_parent_pos[i] != from) {
+            std::cerr << "Net::verify: edge " << i << " (" << from << ", " << to << ") has stale positions"
+                      << std::endl;
+            return false;
+        }
+    }
+    return true;
+}
+
 void Net::add_all_nodes(std::istream& is) {
     int count = 0;
     while (true) {

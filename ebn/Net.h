@@ -51,6 +51,11 @@ public:
     // Appends one list per node: parents, children and the children's other parents, rising.
     void compute_markov_blankets(std::vector<std::list<int>>& out) const;
 
+    // Checks that every present edge stands once in its tail's child list and its head's parent
+    // list at the stored positions, and that the lists hold nothing else; says why on the error
+    // stream when not.
+    bool verify() const;
+
     // Reads triples (unused, vid, card) until the stream fails, adding one node for each.
     void add_all_nodes(std::istream& is);
 

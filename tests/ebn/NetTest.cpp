@@ -54,6 +54,7 @@ std::vector<int> brute_blanket(const std::set<std::pair<int, int>>& edges, int v
 }
 
 void check_against_model(const Net& net, const std::set<std::pair<int, int>>& edges, int n) {
+    ASSERT_TRUE(net.verify());
     std::list<int> order;
     net.compute_topo_order(order);
     ASSERT_EQ(static_cast<int>(order.size()), n);
@@ -99,6 +100,7 @@ TEST(Net, RandomDagsOrdersAndBlanketsAgainstBruteForce) {
             else
                 net.remove_edge(net.get_edge_index(e.first, e.second));
             model.erase(e);
+            ASSERT_TRUE(net.verify());
         }
         EXPECT_EQ(net.get_edges_num(), static_cast<int>(model.size()));
         EXPECT_EQ(net.get_edge_slots(), static_cast<int>(d.edges.size()));
