@@ -5,8 +5,10 @@
 #include "Random.h"
 #include "error.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iostream>
+#include <iterator>
 
 static constexpr char kSrc[] = "BNInference";
 
