@@ -1,6 +1,7 @@
 // LDTable and LDTableDispatch: sizing, filling, reading and writing of the tables.
 #include "LDTable.h"
 
+#include "LocalLogic.h"
 #include "callback.h"
 #include "error.h"
 
@@ -76,6 +77,77 @@ void LDTable::read(std::istream& is) {
             return;
         }
         m_val_table[i] = v;
+    }
+}
+
+void LDTable::cache_from_hnode(const LocalLogicHNode& node, float noise, BNState<int>& scratch) {
+    const std::list<int>& pl = m_net.get_parents(m_rvid);
+    const std::vector<int> parents(pl.begin(), pl.end());
+    m_num_inp = static_cast<int>(parents.size());
+    const float hit = log_one_minus(noise);
+    const float miss = logf(noise / static_cast<float>(m_out_card - 1));
+    cache_dive(node, parents, 0, 0, scratch, hit, miss);
+}
+
+void LDTable::cache_dive(const LocalLogicHNode& node, const std::vector<int>& parents, int depth, int base,
+                         BNState<int>& scratch, float hit, float miss) {
+    if (depth == static_cast<int>(parents.size())) {
+        const int a = node.eval(scratch);
+        for (int y = 0; y < m_out_card; ++y)
+            m_val_table[base + y] = y == a ? hit : miss;
+        return;
+    }
+    const int p = parents[depth];
+    for (int v = 0; v < m_net.get_rvar_card(p); ++v) {
+        scratch.set_rv_state(p, v);
+        cache_dive(node, parents, depth + 1, base, scratch, hit, miss);
+        base += m_inputs_id_factor[depth];
+    }
+}
+
+void LDTable::cache_consist_from_hnode(const LocalLogicHNode& node, int out_rvid, float noise,
+                                       BNState<int>& scratch) {
+    const std::list<int>& pl = m_net.get_parents(m_rvid);
+    if (pl.empty() || pl.front() != out_rvid)
+        VESK_FATAL(kSrc, "First paretn max equal out rvid when init consist from hnode, m_rvid was " << m_rvid);
+    // Depths index the full parent list; the first parent is walked at the leaves.
+    const std::vector<int> parents(pl.begin(), pl.end());
+    m_num_inp = static_cast<int>(parents.size());
+    const float hit = log_one_minus(noise);
+    const float miss = logf(noise / static_cast<float>(m_out_card - 1));
+    cache_consist_dive(node, out_rvid, parents, 1, 0, scratch, hit, miss);
+}
+
+void LDTable::cache_consist_dive(const LocalLogicHNode& node, int out_rvid, const std::vector<int>& parents,
+                                 int depth, int base, BNState<int>& scratch, float hit, float miss) {
+    if (depth == static_cast<int>(parents.size())) {
+        const int a = node.eval(scratch);
+        for (int x = 0; x < m_net.get_rvar_card(out_rvid); ++x) {
+            const float agree = x == a ? hit : miss;
+            m_val_table[base + 2 * x + 1] = agree;
+            m_val_table[base + 2 * x] = log_one_minus_exp(agree);
+        }
+        return;
+    }
+    const int p = parents[depth];
+    for (int v = 0; v < m_net.get_rvar_card(p); ++v) {
+        scratch.set_rv_state(p, v);
+        cache_consist_dive(node, out_rvid, parents, depth + 1, base, scratch, hit, miss);
+        base += m_inputs_id_factor[depth];
+    }
+}
+
+void LDTable::init_to_consistency_table(const LDTable& source) {
+    m_num_inp = source.m_num_inp + 1;
+    m_inputs_id_factor[0] = 2;
+    // The source keeps its total size after its last stride; carried over while it fits.
+    for (int i = 0; i <= source.m_num_inp && i + 1 < 10; ++i)
+        m_inputs_id_factor[i + 1] = 2 * source.m_inputs_id_factor[i];
+    m_val_table.resize(2 * source.m_val_table.size());
+    for (std::size_t k = 0; k < source.m_val_table.size(); ++k) {
+        const float v = source.m_val_table[k];
+        m_val_table[2 * k] = log_one_minus_exp(v);
+        m_val_table[2 * k + 1] = v;
     }
 }
 

@@ -8,9 +8,12 @@
 #include "LocalDist.h"
 
 #include <istream>
+#include <list>
 #include <ostream>
 #include <utility>
 #include <vector>
+
+class LocalLogicHNode;
 
 // The output value is the fastest index: the entry for parent values x_1..x_n and output y stands
 // at y + sum x_i * m_inputs_id_factor[i-1], with factor 0 the output card and each next factor
@@ -42,9 +45,27 @@ public:
     // The table index of the state's current values.
     int table_index() const { return parent_index(m_state) + m_state[m_rvid]; }
 
+    // Noisy copy of a logic node: for each parent configuration, set in `scratch` through its
+    // virtual set_rv_state, the node's value gets log(1 - noise) and every other value
+    // log(noise / (card - 1)). `scratch` is left at the last configuration.
+    void cache_from_hnode(const LocalLogicHNode& node, float noise, BNState<int>& scratch);
+    // The same for a binary consistency node whose first parent is `out_rvid`: value 1 (agrees)
+    // of out_rvid = x gets log(1 - noise) where x is the logic's value and log(noise / (c - 1))
+    // elsewhere, c being this node's own card; value 0 gets the complement. Fatal when the first
+    // parent is not `out_rvid`.
+    void cache_consist_from_hnode(const LocalLogicHNode& node, int out_rvid, float noise, BNState<int>& scratch);
+    // Makes this the table of a binary consistency node whose first parent is the output of
+    // `source`, followed by the source's parents: entry v of the source becomes the pair
+    // (log(1 - exp(v)), v).
+    void init_to_consistency_table(const LDTable& source);
+
 protected:
     int parent_index(const BNState<int>& state) const;
     void init_table();
+    void cache_dive(const LocalLogicHNode& node, const std::vector<int>& parents, int depth, int base,
+                    BNState<int>& scratch, float hit, float miss);
+    void cache_consist_dive(const LocalLogicHNode& node, int out_rvid, const std::vector<int>& parents, int depth,
+                            int base, BNState<int>& scratch, float hit, float miss);
 
     int m_inputs_id_factor[10];
     int m_num_inp;
