@@ -29,9 +29,9 @@ void LDSoftLogic::set_uniform_prior(float p) {
 
 void LDSoftLogic::set_priors(std::vector<float>& table) {
     if (table.size() != m_prior_table.size())
-        VESK_FATAL(kSrc, "Tried to set priors for soft logic of rvid " << m_rvid << " with table of size "
-                                                                       << table.size() << " for card " << m_out_card
-                                                                       << " needed size " << m_prior_table.size());
+        VESK_FATAL(kSrc, "Tried to set priors for soft logic of rvid "
+                             << m_rvid << " with table of size " << table.size() << " for card " << m_out_card
+                             << " needed size " << m_prior_table.size());
     m_prior_table = table;
 }
 

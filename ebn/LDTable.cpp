@@ -109,7 +109,8 @@ void LDTable::cache_consist_from_hnode(const LocalLogicHNode& node, int out_rvid
                                        BNState<int>& scratch) {
     const std::list<int>& pl = m_net.get_parents(m_rvid);
     if (pl.empty() || pl.front() != out_rvid)
-        VESK_FATAL(kSrc, "First paretn max equal out rvid when init consist from hnode, m_rvid was " << m_rvid);
+        VESK_FATAL(kSrc,
+                   "First paretn max equal out rvid when init consist from hnode, m_rvid was " << m_rvid);
     // Depths index the full parent list; the first parent is walked at the leaves.
     const std::vector<int> parents(pl.begin(), pl.end());
     m_num_inp = static_cast<int>(parents.size());

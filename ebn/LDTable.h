@@ -53,7 +53,8 @@ public:
     // of out_rvid = x gets log(1 - noise) where x is the logic's value and log(noise / (c - 1))
     // elsewhere, c being this node's own card; value 0 gets the complement. Fatal when the first
     // parent is not `out_rvid`.
-    void cache_consist_from_hnode(const LocalLogicHNode& node, int out_rvid, float noise, BNState<int>& scratch);
+    void cache_consist_from_hnode(const LocalLogicHNode& node, int out_rvid, float noise,
+                                  BNState<int>& scratch);
     // Makes this the table of a binary consistency node whose first parent is the output of
     // `source`, followed by the source's parents: entry v of the source becomes the pair
     // (log(1 - exp(v)), v).
@@ -64,8 +65,8 @@ protected:
     void init_table();
     void cache_dive(const LocalLogicHNode& node, const std::vector<int>& parents, int depth, int base,
                     BNState<int>& scratch, float hit, float miss);
-    void cache_consist_dive(const LocalLogicHNode& node, int out_rvid, const std::vector<int>& parents, int depth,
-                            int base, BNState<int>& scratch, float hit, float miss);
+    void cache_consist_dive(const LocalLogicHNode& node, int out_rvid, const std::vector<int>& parents,
+                            int depth, int base, BNState<int>& scratch, float hit, float miss);
 
     int m_inputs_id_factor[10];
     int m_num_inp;

@@ -234,7 +234,8 @@ void LocalLogicHNodeDiscTable::set_attr(LocalLogicSet& set, const std::string& n
     for (std::size_t i = 0; i < m_table.size(); ++i) {
         const std::size_t blank = val1.find(' ', offs);
         // Past the last number the offset stands beyond the string's end and substr throws.
-        const std::string item = val1.substr(offs, blank == std::string::npos ? std::string::npos : blank - offs);
+        const std::string item =
+            val1.substr(offs, blank == std::string::npos ? std::string::npos : blank - offs);
         m_table[i] = to_int(item);
         std::cerr << "val at " << i << " offs " << offs << " is " << m_table[i] << std::endl;
         offs += item.size() + 1;

@@ -36,8 +36,8 @@ public:
 protected:
     // Handles an attribute named "input<k>": val1 is a flag, val2 an id. Flag 0 names a logic node
     // of the set, anything else a vid. `trace` opens the trace line. False for any other name.
-    bool set_input_attr(LocalLogicSet& set, const char* trace, const std::string& name, const std::string& val1,
-                        const std::string& val2);
+    bool set_input_attr(LocalLogicSet& set, const char* trace, const std::string& name,
+                        const std::string& val1, const std::string& val2);
     void print_inputs(const std::string& indent, std::ostream& os) const;
 
     std::vector<LocalLogicHNode*> m_inputs;
@@ -49,8 +49,8 @@ public:
     explicit LocalLogicHNodeSum(int max);
     int eval(const BNState<int>& state) const override;
     // "factor", "max" and the inputs.
-    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1, const std::string& val2,
-                  const std::string& val3) override;
+    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1,
+                  const std::string& val2, const std::string& val3) override;
     void print(std::string indent, std::ostream& os) const override;
 
 private:
@@ -64,8 +64,8 @@ public:
     LocalLogicHNodeMax();
     int eval(const BNState<int>& state) const override;
     // "add", "max" and the inputs.
-    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1, const std::string& val2,
-                  const std::string& val3) override;
+    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1,
+                  const std::string& val2, const std::string& val3) override;
     void print(std::string indent, std::ostream& os) const override;
 
 private:
@@ -80,8 +80,8 @@ public:
     LocalLogicHNodeMin();
     int eval(const BNState<int>& state) const override;
     // "add", "max" and the inputs.
-    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1, const std::string& val2,
-                  const std::string& val3) override;
+    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1,
+                  const std::string& val2, const std::string& val3) override;
     void print(std::string indent, std::ostream& os) const override;
 
 private:
@@ -93,8 +93,8 @@ private:
 class LocalLogicHNodeEqual : public LocalLogicHNode {
 public:
     int eval(const BNState<int>& state) const override;
-    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1, const std::string& val2,
-                  const std::string& val3) override;
+    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1,
+                  const std::string& val2, const std::string& val3) override;
     void print(std::string indent, std::ostream& os) const override;
 };
 
@@ -103,8 +103,8 @@ class LocalLogicHNodeVarInp : public LocalLogicHNode {
 public:
     explicit LocalLogicHNodeVarInp(int rvid) : m_rvid(rvid) {}
     int eval(const BNState<int>& state) const override;
-    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1, const std::string& val2,
-                  const std::string& val3) override;
+    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1,
+                  const std::string& val2, const std::string& val3) override;
     void print(std::string indent, std::ostream& os) const override;
     int get_rvid() const { return m_rvid; }
 
@@ -120,8 +120,8 @@ public:
     int eval(const BNState<int>& state) const override;
     // "table": the entries in order, separated by single blanks. A list shorter than the table
     // ends in the std::out_of_range of std::string::substr, which nothing catches.
-    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1, const std::string& val2,
-                  const std::string& val3) override;
+    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1,
+                  const std::string& val2, const std::string& val3) override;
     void print(std::string indent, std::ostream& os) const override;
     void set_val(std::vector<int>& inputs, int value);
     const std::vector<int>& get_table() const { return m_table; }

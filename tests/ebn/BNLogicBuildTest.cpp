@@ -85,7 +85,8 @@ TEST(BNLogicBuild, PlainFormThresholdAndPriors) {
 TEST(BNLogicBuild, ConsistencyFormNodesEdgesThresholdAndPriors) {
     // Variables 0..3: 2 regulated by 0 and 1, 1 by 0; s of 3 is 9999^1, of 2 2^3.
     const std::string nodes = "0 0 2\n0 1 2\n0 2 2\n0 3 9999\n";
-    std::string attrs = attrs_of(0, 2, {}) + attrs_of(1, 2, {0}, "0.3") + attrs_of(2, 2, {0, 1}) + attrs_of(3, 2, {});
+    std::string attrs =
+        attrs_of(0, 2, {}) + attrs_of(1, 2, {0}, "0.3") + attrs_of(2, 2, {0, 1}) + attrs_of(3, 2, {});
     for (bool add_first : {false, true}) {
         Built b(true, nodes, attrs, add_first);
         const int n = 4;
@@ -95,7 +96,8 @@ TEST(BNLogicBuild, ConsistencyFormNodesEdgesThresholdAndPriors) {
             EXPECT_EQ(b.net.get_vid(r), r);
         }
         EXPECT_EQ(b.net.get_edges_num(), 2 * n + 3);
-        const std::vector<std::vector<int>> want = {{}, {}, {}, {}, {0}, {1, 0}, {2, 0, 1}, {3}, {0}, {1}, {2}, {3}};
+        const std::vector<std::vector<int>> want = {{},        {},  {},  {},  {0}, {1, 0},
+                                                    {2, 0, 1}, {3}, {0}, {1}, {2}, {3}};
         for (int r = 0; r < 3 * n; ++r)
             EXPECT_EQ(b.parents(r), want[r]) << r;
         EXPECT_EQ(b.dists.size(), n);

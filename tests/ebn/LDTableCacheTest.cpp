@@ -55,10 +55,12 @@ std::vector<LogicCase> read_cases() {
 
 // The script works in float32 with numpy's log and exp: one unit in the last place apart from
 // logf and expf, which log(1 - exp(v)) magnifies near v = 0.
-void expect_table(const std::vector<float>& got, const std::vector<float>& want, double tol, const char* what) {
+void expect_table(const std::vector<float>& got, const std::vector<float>& want, double tol,
+                  const char* what) {
     ASSERT_EQ(got.size(), want.size()) << what;
     for (std::size_t i = 0; i < got.size(); ++i)
-        EXPECT_NEAR(got[i], want[i], tol * std::max(1.0, std::fabs(static_cast<double>(want[i])))) << what << " entry " << i;
+        EXPECT_NEAR(got[i], want[i], tol * std::max(1.0, std::fabs(static_cast<double>(want[i]))))
+            << what << " entry " << i;
 }
 
 TEST(LDTableCache, RandomLogicTreesAgainstAnIndependentEvaluation) {
@@ -113,8 +115,9 @@ TEST(LDTableCacheDeathTest, ConsistencyNodeMustHaveTheOutputFirst) {
     BNState<int> st(net);
     LocalLogicHNodeMax zero;
     LDTable t(net, st, 2);
-    EXPECT_DEATH(t.cache_consist_from_hnode(zero, 0, 0.1f, st),
-                 R"(LDTable\([0-9]+\): First paretn max equal out rvid when init consist from hnode, m_rvid was 2)");
+    EXPECT_DEATH(
+        t.cache_consist_from_hnode(zero, 0, 0.1f, st),
+        R"(LDTable\([0-9]+\): First paretn max equal out rvid when init consist from hnode, m_rvid was 2)");
 }
 
 } // namespace

@@ -136,7 +136,8 @@ TEST(LocalLogic, UnknownTypePutsTheReaderOutOfStep) {
     std::istringstream nodes("0 sum 0 2 x\n1 nand 0 0 x\n2 max 0 0 x\n3 min 0 0 x\n"), attrs("");
     testing::internal::CaptureStderr();
     set.read(nodes, attrs);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("Unkown logic node type nand\n"), std::string::npos);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("Unkown logic node type nand\n"),
+              std::string::npos);
     // "2" is read as the next type and "max" fails as its first number: nothing more is made.
     EXPECT_EQ(set.get_nodes_num(), 1);
     EXPECT_NE(dynamic_cast<LocalLogicHNodeSum*>(set.get_node(0)), nullptr);
@@ -162,7 +163,8 @@ TEST(LocalLogicDeathTest, FatalTextsAndTheShortTable) {
     } cases[] = {
         {"0 sum 0 2 x\n", "0\tinput0\t1\t0\n",
          R"(LocalLogic\([0-9]+\): Bad number of field in logic attr, should be 5, attr_name = input0 f1 1 f\[2\] 0 f\[3\]  lid = 0)"},
-        {"0 max 0 0 x\n", "0\tinput0\t1\t9\t0\n", R"(LocalLogic\([0-9]+\): No rvid for vid 9 when attempting to get inp node)"},
+        {"0 max 0 0 x\n", "0\tinput0\t1\t9\t0\n",
+         R"(LocalLogic\([0-9]+\): No rvid for vid 9 when attempting to get inp node)"},
         {"0 table 2 2 x\n", "0\ttable\t0 1 1\t0\t0\n", "basic_string::substr"},
     };
     for (const auto& c : cases) {
