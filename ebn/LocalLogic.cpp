@@ -178,7 +178,8 @@ void LocalLogicHNodeEqual::print(std::string indent, std::ostream& os) const {
 // ---- VarInp
 
 int LocalLogicHNodeVarInp::eval(const BNState<int>& state) const {
-    std::cerr << "Inp var is " << m_rvid << std::endl;
+    // One write per trace line: this runs for every evaluation of every table entry.
+    std::cerr << ("Inp var is " + std::to_string(m_rvid) + "\n");
     return state[m_rvid];
 }
 
