@@ -123,7 +123,7 @@ def main():
         out += ["lnode " + l for l in lines]
         out += ["lattr\t%d\t%s\t%s\t%s\t%s" % r for r in attrs]
         for name, tab in (("plain", plain), ("consist", consist), ("toconsist", toconsist)):
-            out.append("%s %d %s" % (name, len(tab), " ".join("%.9g" % v for v in tab)))
+            out.append("%s %s" % (name, " ".join("%.9g" % v for v in tab)))
         out.append("end")
     with open(os.path.join(HERE, "logic_refs.txt"), "w") as f:
         f.write("\n".join(out) + "\n")

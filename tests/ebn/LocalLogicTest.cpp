@@ -13,12 +13,11 @@ namespace {
 
 struct LogicNet {
     Net net;
-    BNState<int> st;
-    explicit LogicNet(std::vector<int> cards) : st(add(net, cards)) {}
-    static Net& add(Net& n, const std::vector<int>& cards) {
+    BNState<int> st{net};
+    explicit LogicNet(std::vector<int> cards) {
         for (std::size_t v = 0; v < cards.size(); ++v)
-            n.add_rand_var(static_cast<int>(v), cards[v]);
-        return n;
+            net.add_rand_var(static_cast<int>(v), cards[v]);
+        st.reset();
     }
     void set(std::vector<int> vals) {
         for (std::size_t v = 0; v < vals.size(); ++v)
@@ -26,11 +25,9 @@ struct LogicNet {
     }
 };
 
-std::size_t count_of(const std::string& text, const std::string& what) {
-    std::size_t n = 0;
-    for (std::size_t p = text.find(what); p != std::string::npos; p = text.find(what, p + 1))
-        ++n;
-    return n;
+void wire(LocalLogicHNode& node, std::vector<LocalLogicHNode*> ins) {
+    for (std::size_t k = 0; k < ins.size(); ++k)
+        node.set_input(static_cast<int>(k), ins[k]);
 }
 
 TEST(LocalLogic, NodeClassesOnHandCases) {
@@ -42,27 +39,22 @@ TEST(LocalLogic, NodeClassesOnHandCases) {
     EXPECT_EQ(v0, set.get_variable_inp_node(0));
 
     LocalLogicHNodeSum orn(1), half(10);
-    orn.set_input(0, v0);
-    orn.set_input(1, v1);
+    LocalLogicHNodeMax mx, empty_max;
+    LocalLogicHNodeMin mn, empty_min;
+    LocalLogicHNodeEqual eq1, eq3;
+    LocalLogicHNodeDiscTable tab(2, 3);
+    wire(orn, {v0, v1});
     half.set_attr(set, "factor", "0.5", "0", "0");
     half.set_attr(set, "input1", "1", "2", "0"); // positions in any order
     half.set_attr(set, "input0", "1", "0", "0");
-    LocalLogicHNodeMax mx, empty_max;
-    LocalLogicHNodeMin mn, empty_min;
-    mx.set_input(0, v0);
-    mx.set_input(1, v2);
+    wire(mx, {v0, v2});
     mx.set_attr(set, "add", "-0.5", "0", "0");
     empty_max.set_attr(set, "add", "2.7", "0", "0");
-    mn.set_input(0, v0);
-    mn.set_input(1, v2);
+    wire(mn, {v0, v2});
     mn.set_attr(set, "max", "1", "0", "0");
-    LocalLogicHNodeEqual eq1, eq3;
-    eq1.set_input(0, v2);
-    for (int k = 0; k < 3; ++k)
-        eq3.set_input(k, set.get_variable_inp_node(k));
-    LocalLogicHNodeDiscTable tab(2, 3);
-    tab.set_input(0, v0);
-    tab.set_input(1, v1);
+    wire(eq1, {v2});
+    wire(eq3, {v0, v1, v2});
+    wire(tab, {v0, v1});
     std::vector<int> at = {2, 1};
     tab.set_val(at, 7); // entry 2 + 3 * 1
 
@@ -80,14 +72,10 @@ TEST(LocalLogic, NodeClassesOnHandCases) {
     };
     for (const auto& c : cases) {
         ln.set(c.vals);
-        SCOPED_TRACE(testing::PrintToString(c.vals));
-        EXPECT_EQ(orn.eval(ln.st), c.orn);
-        EXPECT_EQ(half.eval(ln.st), c.half);
-        EXPECT_EQ(mx.eval(ln.st), c.mx);
-        EXPECT_EQ(mn.eval(ln.st), c.mn);
-        EXPECT_EQ(eq1.eval(ln.st), 1);
-        EXPECT_EQ(eq3.eval(ln.st), c.eq3);
-        EXPECT_EQ(tab.eval(ln.st), c.tab);
+        const std::vector<int> got = {orn.eval(ln.st), half.eval(ln.st), mx.eval(ln.st), mn.eval(ln.st),
+                                      eq1.eval(ln.st), eq3.eval(ln.st),  tab.eval(ln.st)};
+        EXPECT_EQ(got, (std::vector<int>{c.orn, c.half, c.mx, c.mn, 1, c.eq3, c.tab}))
+            << testing::PrintToString(c.vals);
     }
     EXPECT_EQ(empty_max.eval(ln.st), 2);
     EXPECT_EQ(empty_min.eval(ln.st), INT_MAX);
@@ -95,7 +83,7 @@ TEST(LocalLogic, NodeClassesOnHandCases) {
     testing::internal::CaptureStderr();
     v2->eval(ln.st);
     v2->eval(ln.st);
-    EXPECT_EQ(count_of(testing::internal::GetCapturedStderr(), "Inp var is 2\n"), 2u);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Inp var is 2\nInp var is 2\n");
 }
 
 TEST(LocalLogic, RegulatoryNetworkFromBothStreams) {
@@ -114,7 +102,6 @@ TEST(LocalLogic, RegulatoryNetworkFromBothStreams) {
     EXPECT_NE(err.find("Unrecognized attribute for Max node, name = bogus\n"), std::string::npos);
     EXPECT_NE(err.find("Unrecognized attribute for Min node, name = colour\n"), std::string::npos);
     EXPECT_NE(err.find("will set attr of sum : input1 i 1 lid 1 is dir 1\n"), std::string::npos);
-    EXPECT_NE(err.find("done read logattr"), std::string::npos);
     ASSERT_EQ(set.get_nodes_num(), 4);
 
     for (int x = 0; x < 8; ++x) {
@@ -130,8 +117,8 @@ TEST(LocalLogic, RegulatoryNetworkFromBothStreams) {
     EXPECT_EQ(b.str(), ">TABLE 0 1 1 0 \n>\tVar 1\n>\tVar 2\n");
 }
 
-TEST(LocalLogic, UnknownTypePutsTheReaderOutOfStep) {
-    LogicNet ln({2});
+TEST(LocalLogic, ReaderOutOfStepAfterAnUnknownTypeAndLateVariables) {
+    LogicNet ln({2, 2});
     LocalLogicSet set(ln.net);
     std::istringstream nodes("0 sum 0 2 x\n1 nand 0 0 x\n2 max 0 0 x\n3 min 0 0 x\n"), attrs("");
     testing::internal::CaptureStderr();
@@ -141,19 +128,11 @@ TEST(LocalLogic, UnknownTypePutsTheReaderOutOfStep) {
     // "2" is read as the next type and "max" fails as its first number: nothing more is made.
     EXPECT_EQ(set.get_nodes_num(), 1);
     EXPECT_NE(dynamic_cast<LocalLogicHNodeSum*>(set.get_node(0)), nullptr);
-}
-
-TEST(LocalLogic, VariableInputOfANodeAddedAfterTheSet) {
-    LogicNet ln({2, 2});
-    LocalLogicSet set(ln.net);
+    // Nodes added after the set get their input nodes on demand.
     ln.net.add_rand_var(2, 3);
     ln.net.add_rand_var(3, 2);
-    LocalLogicHNodeVarInp* v3 = set.get_variable_inp_node(3);
-    EXPECT_EQ(v3->get_rvid(), 3);
+    EXPECT_EQ(set.get_variable_inp_node(3)->get_rvid(), 3);
     EXPECT_EQ(set.get_variable_inp_node(2)->get_rvid(), 2);
-    std::ostringstream os;
-    v3->print("\t", os);
-    EXPECT_EQ(os.str(), "\tVar 3\n");
 }
 
 TEST(LocalLogicDeathTest, FatalTextsAndTheShortTable) {
