@@ -138,7 +138,8 @@ private:
 // reader reads the next type at once, so the rest of the stream is read out of step.
 //
 // Attribute stream: per record a logic id, one separator character, then four tab-separated
-// fields up to the line end: name, val1, val2, val3. Any other field count is fatal.
+// fields up to the line end: name, val1, val2, val3. Any other field count is fatal. Ids of
+// nodes that were never made are not checked: the records are applied as they stand.
 class LocalLogicSet {
 public:
     explicit LocalLogicSet(const Net& net);
