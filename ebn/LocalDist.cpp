@@ -1,0 +1,42 @@
+// LocalDist, LocalDistSet and the log-space helpers.
+#include "LocalDist.h"
+
+#include <cmath>
+
+float log_one_minus(float p) {
+    if (static_cast<double>(p) < 0.001)
+        return -p;
+    return logf(1.0f - p);
+}
+
+float log_one_minus_exp(float l) { return logf(1.0f - expf(l)); }
+
+float log_sum_log(float& a, float b) {
+    const float hi = a > b ? a : b;
+    const float lo = a > b ? b : a;
+    a = hi + logf(1.0f + expf(lo - hi));
+    return a;
+}
+
+template <class T>
+LocalDist<T>::LocalDist(const BNet<T>& net, const BNState<T>& state, int rvid)
+    : m_net(net), m_state(state), m_rvid(rvid), m_out_card(net.get_rvar_card(rvid)) {}
+
+template <class T> LocalDist<T>::~LocalDist() = default;
+
+template <class T> LocalDistSet<T>::LocalDistSet() = default;
+
+template <class T> LocalDistSet<T>::~LocalDistSet() {
+    for (LocalDist<T>* ld : m_lds)
+        delete ld;
+}
+
+template <class T> int LocalDistSet<T>::add_ld(LocalDist<T>* ld) {
+    m_lds.push_back(ld);
+    return static_cast<int>(m_lds.size()) - 1;
+}
+
+template class LocalDist<int>;
+template class LocalDist<float>;
+template class LocalDistSet<int>;
+template class LocalDistSet<float>;
