@@ -1,22 +1,7 @@
-// LocalDist, LocalDistSet and the log-space helpers.
+// LocalDist and LocalDistSet.
 #include "LocalDist.h"
 
 #include <cmath>
-
-float log_one_minus(float p) {
-    if (static_cast<double>(p) < 0.001)
-        return -p;
-    return logf(1.0f - p);
-}
-
-float log_one_minus_exp(float l) { return logf(1.0f - expf(l)); }
-
-float log_sum_log(float& a, float b) {
-    const float hi = a > b ? a : b;
-    const float lo = a > b ? b : a;
-    a = hi + logf(1.0f + expf(lo - hi));
-    return a;
-}
 
 template <class T>
 LocalDist<T>::LocalDist(const BNet<T>& net, const BNState<T>& state, int rvid)

@@ -1,22 +1,13 @@
-// LocalDist, LocalDistSet and the log-space helpers shared by the local distributions.
+// LocalDist and LocalDistSet: the local distributions of a network's nodes.
 #ifndef VESK_EBN_LOCALDIST_H
 #define VESK_EBN_LOCALDIST_H
 
 #include "BNState.h"
 #include "BNet.h"
+#include "LogSpace.h"
 
 #include <ostream>
 #include <vector>
-
-// The log of zero in single precision.
-constexpr float kLogZero = -3.4028235e38f;
-
-// log(1 - p); below the double 0.001 the first-order form -p.
-float log_one_minus(float p);
-// log(1 - exp(l)).
-float log_one_minus_exp(float l);
-// a becomes the log of exp(a) + exp(b), as max + log(1 + exp(min - max)); returns the new a.
-float log_sum_log(float& a, float b);
 
 // The natural log of the probability of a node's current value given its parents' current
 // values, all read from the state the distribution is bound to.

@@ -1,7 +1,7 @@
 // HMM: states, edges, state ids and the consistency check of the two edge copies.
 #include "HMM.h"
 
-#include "LogProb.h"
+#include "LogSpace.h"
 #include "error.h"
 
 #include <cmath>

@@ -1,7 +1,7 @@
 // The Viterbi, forward and backward decoders.
 #include "HMMDecode.h"
 
-#include "LogProb.h"
+#include "LogSpace.h"
 #include "error.h"
 
 #include <iostream>
@@ -188,7 +188,7 @@ float ForwardDecode::decode(const SymbolSequence& seq) {
             for (const Edge* e = edges_begin(k); e != edges_end(k); ++e) {
                 if (e->log_p > 0.0f)
                     VESK_FATAL(kSrc, "Log prob > 0 at k = " << e->other << " to " << k);
-                acc = log_sum_log(acc, prev[e->other] + e->log_p);
+                acc = log_sum(acc, prev[e->other] + e->log_p);
             }
             const float le = states[k].m_log_emit[x];
             if (le > 0.0f)
@@ -200,7 +200,7 @@ float ForwardDecode::decode(const SymbolSequence& seq) {
             for (const Edge* e = edges_begin(k); e != edges_end(k); ++e) {
                 if (e->log_p > 0.0f)
                     VESK_FATAL(kSrc, "Log prob > 0 at k = " << e->other << " to " << k);
-                acc = log_sum_log(acc, row[e->other] + e->log_p);
+                acc = log_sum(acc, row[e->other] + e->log_p);
             }
             row[k] = acc;
         }
@@ -210,7 +210,7 @@ float ForwardDecode::decode(const SymbolSequence& seq) {
 
     float total = kLogZero;
     for (const HMMAdjacency& a : m_hmm.m_back_adj[fin])
-        total = log_sum_log(total, a.log_p + cell(L, a.from));
+        total = log_sum(total, a.log_p + cell(L, a.from));
     return total;
 }
 
@@ -244,7 +244,7 @@ float BackwardDecode::decode(const SymbolSequence& seq) {
                 if (x >= 0)
                     term = term + states[to].m_log_emit[x];
             }
-            acc = log_sum_log(acc, term);
+            acc = log_sum(acc, term);
         }
         return acc;
     };

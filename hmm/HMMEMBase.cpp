@@ -1,7 +1,7 @@
 // HMMEMBase: expectation from the forward and backward tables, maximisation with pseudo counts.
 #include "HMMEMBase.h"
 
-#include "LogProb.h"
+#include "LogSpace.h"
 
 #include <algorithm>
 #include <cmath>
@@ -96,14 +96,14 @@ float HMMEMBase::expectation(const SymbolSequenceSet& seqs) {
                     }
                     t = t - full;
                     float& akl = m_akl[static_cast<std::size_t>(k) * S + a.to];
-                    akl = log_sum_log(akl, t);
-                    m_ak[k] = log_sum_log(m_ak[k], t);
+                    akl = log_sum(akl, t);
+                    m_ak[k] = log_sum(m_ak[k], t);
                 }
                 if (i > 0 && !states[k].m_silent) {
                     const float t = f + m_backward.get_cell(i, k) - full;
                     float& ek = m_ek[static_cast<std::size_t>(seq.code_at(i - 1)) * S + k];
-                    ek = log_sum_log(ek, t);
-                    m_ek_sum[k] = log_sum_log(m_ek_sum[k], t);
+                    ek = log_sum(ek, t);
+                    m_ek_sum[k] = log_sum(m_ek_sum[k], t);
                 }
             }
         }
@@ -113,8 +113,8 @@ float HMMEMBase::expectation(const SymbolSequenceSet& seqs) {
 
 float HMMEMBase::edge_log_prob(int from, int to, int out_degree) const {
     const float pseudo = -logf(static_cast<float>(out_degree));
-    const float num = log_sum_log(m_akl[static_cast<std::size_t>(from) * m_num_states + to], pseudo);
-    const float den = log_sum_log(m_ak[from], 0.0f);
+    const float num = log_sum(m_akl[static_cast<std::size_t>(from) * m_num_states + to], pseudo);
+    const float den = log_sum(m_ak[from], 0.0f);
     return num - den;
 }
 
@@ -140,12 +140,12 @@ void HMMEMBase::maximization() {
             a.set_adj_log_prob(edge_log_prob(a.from, k, static_cast<int>(m_hmm.m_adj[a.from].size())));
         if (st.m_silent)
             continue;
-        const float den = log_sum_log(m_ek_sum[k], 0.0f);
+        const float den = log_sum(m_ek_sum[k], 0.0f);
         for (int b = 0; b < A; ++b) {
             const float v = m_ek[static_cast<std::size_t>(b) * S + k];
             if (m_logit)
                 std::cerr << "EM max ek " << b << " " << v << " sum ek = " << m_ek_sum[k] << "\n";
-            const float num = log_sum_log(v, emit_pseudo);
+            const float num = log_sum(v, emit_pseudo);
             st.m_log_emit[b] = num - den;
             st.m_emit[b] = expf(st.m_log_emit[b]);
         }

@@ -37,19 +37,6 @@ int complement_index(char c) {
 }
 } // namespace
 
-void log_sum_log(float& a, float b) {
-    if (b >= a) {
-        if (std::isinf(a))
-            a = b;
-        else
-            a = b + logf(1.0f + expf(a - b));
-    } else {
-        if (std::isinf(b))
-            return;
-        a = a + logf(1.0f + expf(b - a));
-    }
-}
-
 DnaProbVec::DnaProbVec() {
     for (int b = 0; b < 4; ++b) {
         m_prob[b] = 0.25f;

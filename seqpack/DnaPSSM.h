@@ -1,15 +1,13 @@
-// Position-specific scoring matrices: the log-sum helper, one column (DnaProbVec) and the matrix with
-// its window and strand flag (DnaPSSM): likelihoods, best-site scans, EM counting and the consensus.
+// Position-specific scoring matrices: one column (DnaProbVec) and the matrix with its window and
+// strand flag (DnaPSSM): likelihoods, best-site scans, EM counting and the consensus.
 #ifndef VESK_DNAPSSM_H
 #define VESK_DNAPSSM_H
+
+#include "LogSpace.h"
 
 #include <ostream>
 #include <string>
 #include <vector>
-
-// a = log(exp(a) + exp(b)) from the larger of the two; an infinite smaller-or-equal `a` simply
-// becomes `b`, an infinite smaller `b` leaves `a`.
-void log_sum_log(float& a, float b);
 
 // Probabilities of A, C, G, T (alphabetical order, unlike the bit order of DnaSeqChar) and their
 // natural logarithms.

@@ -142,21 +142,6 @@ TEST(LDTableDispatch, DestructorUnsubscribes) {
     EXPECT_FLOAT_EQ(tn.net.get_ldist(1)->logp(), logf(0.9f));
 }
 
-TEST(LDTable, LogHelpers) {
-    EXPECT_EQ(log_one_minus(0.0005f), -0.0005f);
-    EXPECT_EQ(log_one_minus(0.001f), logf(1.0f - 0.001f));
-    EXPECT_NE(log_one_minus(0.001f), -0.001f);
-    EXPECT_FLOAT_EQ(log_one_minus_exp(logf(0.25f)), logf(0.75f));
-    float a = logf(0.2f);
-    EXPECT_FLOAT_EQ(log_sum_log(a, logf(0.3f)), logf(0.5f));
-    EXPECT_FLOAT_EQ(a, logf(0.5f));
-    float z = kLogZero;
-    log_sum_log(z, kLogZero);
-    EXPECT_LT(z, -1e38f) << "zero plus zero stays the log of zero";
-    log_sum_log(z, -2.0f);
-    EXPECT_FLOAT_EQ(z, -2.0f);
-}
-
 TEST(LDTableDeathTest, FatalTexts) {
     // Node 0 with 9 parents is accepted; with 10 it dies.
     BNet<int> net;

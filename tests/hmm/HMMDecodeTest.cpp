@@ -3,7 +3,7 @@
 // fatal texts.
 #include "HMMDecode.h"
 #include "HMMTestUtil.h"
-#include "LogProb.h"
+#include "LogSpace.h"
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Tests of the HMM store: state ids, edge copies, the consistency check, and the log-space helpers.
 #include "HMM.h"
 #include "HMMTestUtil.h"
-#include "LogProb.h"
+#include "LogSpace.h"
 
 #include <gtest/gtest.h>
 
@@ -131,38 +131,6 @@ TEST(HMMDeathTest, VerifyFailsOnDifferentEdgeCopies) {
     h.add_transition(0, 1, 1.0f);
     h.m_adj[0].front().set_adj_prob(0.5f);
     EXPECT_DEATH(h.verify(), R"(HMM\([0-9]+\): Incompatible adj/back in states 0 to 1 0\.5 1)");
-}
-
-TEST(LogProb, HandValues) {
-    EXPECT_FLOAT_EQ(logf(0.75f), log_sum_log(logf(0.25f), logf(0.5f)));
-    EXPECT_FLOAT_EQ(logf(0.75f), log_sum_log(logf(0.5f), logf(0.25f)));
-    EXPECT_FLOAT_EQ(logf(2.0f), log_sum_log(0.0f, 0.0f));
-    EXPECT_EQ(-1.0f, log_sum_log(-1.0f, kLogZero));
-    EXPECT_EQ(kLogZero, log_sum_log(kLogZero, kLogZero));
-    EXPECT_FLOAT_EQ(logf(0.75f), log_one_minus(0.25f));
-    EXPECT_EQ(kLogZero, log_one_minus(1.0f));
-    EXPECT_FLOAT_EQ(logf(0.75f), log_one_minus_exp(logf(0.25f)));
-    EXPECT_EQ(kLogZero, log_one_minus_exp(0.0f));
-    EXPECT_EQ(kLogZero, log_prob(0.0f));
-}
-
-// The shortcut for far-apart values gives the very float of the plain formula.
-TEST(LogProb, ShortcutEqualsPlainFormula) {
-    auto plain = [](float a, float b) {
-        const float hi = a > b ? a : b;
-        const float lo = a > b ? b : a;
-        return hi + logf(1.0f + expf(lo - hi));
-    };
-    const float his[] = {0.0f, -0.0f, -1.5f, -1000.25f, -3.0e37f};
-    for (float hi : his) {
-        for (float d = -40.0f; d <= 0.0f; d += 0.03125f) {
-            const float lo = hi + d;
-            EXPECT_EQ(plain(hi, lo), log_sum_log(hi, lo)) << hi << " " << d;
-            EXPECT_EQ(plain(lo, hi), log_sum_log(lo, hi)) << hi << " " << d;
-        }
-        EXPECT_EQ(plain(hi, kLogZero), log_sum_log(hi, kLogZero));
-        EXPECT_EQ(plain(hi, -INFINITY), log_sum_log(-INFINITY, hi));
-    }
 }
 
 TEST(HMM, BasePrintSaysDerived) {

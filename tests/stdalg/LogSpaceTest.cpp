@@ -1,0 +1,55 @@
+// Log-space helpers: hand values, the infinite operands, the first-order switch and the shortcut.
+#include "LogSpace.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+TEST(LogSpace, HandValuesAndInfiniteOperands) {
+    EXPECT_FLOAT_EQ(logf(0.75f), log_sum(logf(0.25f), logf(0.5f)));
+    EXPECT_FLOAT_EQ(logf(0.75f), log_sum(logf(0.5f), logf(0.25f)));
+    EXPECT_FLOAT_EQ(logf(2.0f), log_sum(0.0f, 0.0f));
+    EXPECT_EQ(-1.0f, log_sum(-1.0f, kLogZero));
+    EXPECT_EQ(kLogZero, log_sum(kLogZero, kLogZero));
+    EXPECT_EQ(kLogZero, log_prob(0.0f));
+
+    // The updating form: an infinite a becomes b, an infinite smaller b leaves a, both infinite stay.
+    float a = logf(0.2f);
+    EXPECT_FLOAT_EQ(log_sum_log(a, logf(0.3f)), logf(0.5f));
+    EXPECT_FLOAT_EQ(a, logf(0.5f));
+    a = -INFINITY;
+    log_sum_log(a, -2.0f);
+    EXPECT_EQ(a, -2.0f);
+    a = -1.0f;
+    log_sum_log(a, -INFINITY);
+    EXPECT_EQ(a, -1.0f);
+    a = -INFINITY;
+    log_sum_log(a, -INFINITY);
+    EXPECT_EQ(a, -INFINITY);
+}
+
+TEST(LogSpace, OneMinusSwitchesAtTheDoubleThousandth) {
+    EXPECT_EQ(log_one_minus(0.0005f), -0.0005f);
+    EXPECT_EQ(log_one_minus(0.001f), logf(1.0f - 0.001f));
+    EXPECT_NE(log_one_minus(0.001f), -0.001f);
+    EXPECT_FLOAT_EQ(log_one_minus_exp(logf(0.25f)), logf(0.75f));
+}
+
+// The shortcut for far-apart values gives the very float of the plain formula.
+TEST(LogSpace, ShortcutEqualsPlainFormula) {
+    auto plain = [](float x, float y) {
+        const float hi = x > y ? x : y;
+        const float lo = x > y ? y : x;
+        return hi + logf(1.0f + expf(lo - hi));
+    };
+    const float his[] = {0.0f, -0.0f, -1.5f, -1000.25f, -3.0e37f};
+    for (float hi : his) {
+        for (float d = -40.0f; d <= 0.0f; d += 0.03125f) {
+            const float lo = hi + d;
+            EXPECT_EQ(plain(hi, lo), log_sum(hi, lo)) << hi << " " << d;
+            EXPECT_EQ(plain(lo, hi), log_sum(lo, hi)) << hi << " " << d;
+        }
+        EXPECT_EQ(plain(hi, kLogZero), log_sum(hi, kLogZero));
+        EXPECT_EQ(plain(hi, -INFINITY), log_sum(-INFINITY, hi));
+    }
+}
