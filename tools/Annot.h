@@ -1,6 +1,6 @@
 // The enrichment test of the vesk tool: per-class hypergeometric terms, annotation and redundancy filter.
-#ifndef VESK_ANNOT_H
-#define VESK_ANNOT_H
+#ifndef VESK_TOOLS_ANNOT_H
+#define VESK_TOOLS_ANNOT_H
 
 #include "SpecialFunc.h"
 #include "VarClasses.h"

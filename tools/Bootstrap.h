@@ -1,6 +1,6 @@
 // The randomisation bootstrap of the vesk tool: shuffled gene images and the best log probability per pass.
-#ifndef VESK_BOOTSTRAP_H
-#define VESK_BOOTSTRAP_H
+#ifndef VESK_TOOLS_BOOTSTRAP_H
+#define VESK_TOOLS_BOOTSTRAP_H
 
 #include "VarClasses.h"
 
