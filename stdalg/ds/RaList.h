@@ -1,6 +1,6 @@
 // RaList<T>: a doubly linked list whose elements live in a vector and are addressed by id.
-#ifndef VESK_DS_RALIST_H
-#define VESK_DS_RALIST_H
+#ifndef VESK_STDALG_DS_RALIST_H
+#define VESK_STDALG_DS_RALIST_H
 
 #include <iostream>
 #include <vector>
