@@ -3,11 +3,12 @@
 #define VESK_TOOLS_ANNOT_H
 
 #include "SpecialFunc.h"
-#include "VarClasses.h"
-#include "ds/BitVec.h"
 
 #include <ostream>
 #include <vector>
+
+class VarClasses;
+class ds_bitvec;
 
 // One reported class of one gene set.
 struct Annot {

@@ -2,9 +2,9 @@
 #ifndef VESK_TOOLS_BOOTSTRAP_H
 #define VESK_TOOLS_BOOTSTRAP_H
 
-#include "VarClasses.h"
-
 #include <vector>
+
+class VarClasses;
 
 // State that carries over between passes: the slot permutation and each gene's image.
 struct BootstrapState {
