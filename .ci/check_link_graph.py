@@ -59,7 +59,7 @@ def read_graph(build):
 def main():
     if len(sys.argv) != 2:
         sys.exit(__doc__)
-    shapes, edges = read_graph(sys.argv[1])
+    shapes, edges = read_graph(os.path.abspath(sys.argv[1]))
     # Imported libraries (GTest::gtest, ...) carry a namespace; the project's own do not.
     libs = {n for n, s in shapes.items() if s == "octagon" and "::" not in n} - TEST_ONLY
     present = libs | ({"vesk"} & set(shapes))
