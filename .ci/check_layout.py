@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks the file layout rules that need no compiler.
 
-    .ci/check_layout.py <build dir>
+    .ci/check_layout.py [--fix-guards] <build dir>
 
 - header base names are unique across the tree;
 - include guards are VESK_<path>_H (the header's path from the repository root, upper case, every
@@ -9,6 +9,7 @@
 - source lists in CMakeLists.txt files are sorted (case ignored) and written out (no GLOB);
 - every library source has a <Name>Test.cpp under tests/ (base names compared without case) or an
   entry in .ci/untested.txt that says where it is tested or why it is not.
+`--fix-guards` renames wrong include guards in place (VESK_ and the path) instead of reporting them.
 The library sources come from `vesk_libraries.txt`, which configuring writes into the build directory.
 Exit status 0 when all hold, 1 otherwise.
 """
@@ -51,12 +52,18 @@ def expected_guard(path):
     return "VESK_" + re.sub(r"[^A-Z0-9]", "_", path.upper())
 
 
-def check_guards(errors):
+def check_guards(errors, fix=False):
     for path in tracked("*.h", "*.tcc"):
         want = expected_guard(path)
         with open(os.path.join(ROOT, path)) as f:
             text = f.read()
         m = re.search(r"^#ifndef (\w+)\n#define (\w+)$", text, re.M)
+        if fix and m and m.group(1) == m.group(2) and m.group(1) != want and path not in GUARD_PENDING:
+            text = re.sub(r"\b%s\b" % m.group(1), want, text)
+            with open(os.path.join(ROOT, path), "w") as f:
+                f.write(text)
+            print("layout: %s: guard %s renamed %s" % (path, m.group(1), want))
+            continue
         if not m or m.group(1) != m.group(2):
             errors.append("%s: no include guard (#ifndef %s / #define %s at the top, #endif at the end)"
                           % (path, want, want))
@@ -64,8 +71,8 @@ def check_guards(errors):
             if m.group(1) == want:
                 errors.append("%s has the path guard now: drop it from GUARD_PENDING in %s" % (path, sys.argv[0]))
         elif m.group(1) != want:
-            errors.append("%s: include guard %s, expected %s (VESK_ and the path from the root)"
-                          % (path, m.group(1), want))
+            errors.append("%s: include guard %s, expected %s (VESK_ and the path from the root; "
+                          "--fix-guards renames them all)" % (path, m.group(1), want))
 
 
 def check_source_lists(errors):
@@ -117,11 +124,14 @@ def check_tests(build, errors):
 
 
 def main():
-    if len(sys.argv) != 2:
+    fix = "--fix-guards" in sys.argv[1:]
+    args = [a for a in sys.argv[1:] if a != "--fix-guards"]
+    if len(args) != 1:
         sys.exit(__doc__)
+    sys.argv[1:] = args
     errors = []
     check_unique_headers(errors)
-    check_guards(errors)
+    check_guards(errors, fix)
     check_source_lists(errors)
     check_tests(sys.argv[1], errors)
     for e in errors:
