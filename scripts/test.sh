@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything with warnings as errors and runs all tests.
 #   scripts/test.sh             normal build in build-test/
-#   scripts/test.sh --sanitize  AddressSanitizer + UBSan build in build-asan/
+#   scripts/test.sh --sanitize  AddressSanitizer + UBSan + LeakSanitizer build in build-asan/
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
