@@ -58,7 +58,7 @@ def check_guards(errors, fix=False):
         with open(os.path.join(ROOT, path)) as f:
             text = f.read()
         m = re.search(r"^#ifndef (\w+)\n#define (\w+)$", text, re.M)
-        if fix and m and m.group(1) == m.group(2) and m.group(1) != want and path not in GUARD_PENDING:
+        if fix and m and m.group(1) == m.group(2) and m.group(1) != want:
             text = re.sub(r"\b%s\b" % m.group(1), want, text)
             with open(os.path.join(ROOT, path), "w") as f:
                 f.write(text)
