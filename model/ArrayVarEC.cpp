@@ -2,6 +2,7 @@
 #include "ArrayVarEC.h"
 
 #include "ArraysGeneSets.h"
+#include "StateDataSetBase.h"
 #include "error.h"
 
 #include <iostream>

@@ -3,10 +3,12 @@
 #ifndef VESK_MODEL_ARRAYVAREC_H
 #define VESK_MODEL_ARRAYVAREC_H
 
-#include "StateDataSetBase.h"
 #include "ds/BitVec.h"
 
 #include <vector>
+
+class ArraysGeneSets;
+class StateDataSetBase;
 
 class ArrayVarEC {
 public:

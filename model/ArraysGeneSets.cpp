@@ -1,6 +1,7 @@
 // ArraysGeneSets: the array tables.
 #include "ArraysGeneSets.h"
 
+#include "VarUniverse.h"
 #include "error.h"
 
 #include <iostream>

@@ -2,11 +2,12 @@
 #ifndef VESK_MODEL_ARRAYSGENESETS_H
 #define VESK_MODEL_ARRAYSGENESETS_H
 
-#include "VarUniverse.h"
 #include "ds/BitVec.h"
 
 #include <istream>
 #include <vector>
+
+class VarUniverse;
 
 class ArraysGeneSets {
 public:

@@ -1,6 +1,6 @@
 // ValSpace3: three fixed states, up above 1, down below -1, no change between.
-#ifndef VESK_VALSPACE3_H
-#define VESK_VALSPACE3_H
+#ifndef VESK_MODEL_VALSPACE3_H
+#define VESK_MODEL_VALSPACE3_H
 
 #include "ValSpaceBase.h"
 

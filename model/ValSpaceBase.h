@@ -1,6 +1,6 @@
 // ValSpaceBase: maps a real value to a discrete state and to state probabilities.
-#ifndef VESK_VALSPACEBASE_H
-#define VESK_VALSPACEBASE_H
+#ifndef VESK_MODEL_VALSPACEBASE_H
+#define VESK_MODEL_VALSPACEBASE_H
 
 class ValSpaceBase {
 public:

@@ -1,6 +1,6 @@
 // VarUniverse: the dense id space of variables and the maps from their names to ids.
-#ifndef VESK_VARUNIVERSE_H
-#define VESK_VARUNIVERSE_H
+#ifndef VESK_MODEL_VARUNIVERSE_H
+#define VESK_MODEL_VARUNIVERSE_H
 
 #include "var.h"
 

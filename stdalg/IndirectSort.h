@@ -1,6 +1,6 @@
 // IndirectSort: orders indices by the values they point at, ascending and stable.
-#ifndef VESK_INDIRECTSORT_H
-#define VESK_INDIRECTSORT_H
+#ifndef VESK_STDALG_INDIRECTSORT_H
+#define VESK_STDALG_INDIRECTSORT_H
 
 #include <algorithm>
 #include <vector>

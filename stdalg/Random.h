@@ -1,6 +1,6 @@
 // Random: the process-wide random source, L'Ecuyer's combined generator with a Bays-Durham shuffle.
-#ifndef VESK_RANDOM_H
-#define VESK_RANDOM_H
+#ifndef VESK_STDALG_RANDOM_H
+#define VESK_STDALG_RANDOM_H
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 // Log-gamma, memoised log-binomials and the hypergeometric term, incomplete beta and gamma functions.
-#ifndef VESK_SPECIALFUNC_H
-#define VESK_SPECIALFUNC_H
+#ifndef VESK_STDALG_SPECIALFUNC_H
+#define VESK_STDALG_SPECIALFUNC_H
 
 #include <vector>
 

@@ -2,6 +2,7 @@
 #include "Annot.h"
 
 #include "IndirectSort.h"
+#include "VarClasses.h"
 #include "ds/BitVecIter.h"
 
 #include <iostream>

@@ -1,13 +1,14 @@
 // The enrichment test of the vesk tool: per-class hypergeometric terms, annotation and redundancy filter.
-#ifndef VESK_ANNOT_H
-#define VESK_ANNOT_H
+#ifndef VESK_TOOLS_ANNOT_H
+#define VESK_TOOLS_ANNOT_H
 
 #include "SpecialFunc.h"
-#include "VarClasses.h"
-#include "ds/BitVec.h"
 
 #include <ostream>
 #include <vector>
+
+class VarClasses;
+class ds_bitvec;
 
 // One reported class of one gene set.
 struct Annot {

@@ -3,13 +3,13 @@
 
 #include "Annot.h"
 #include "FastEnrich.h"
+#include "ParallelFor.h"
 #include "Random.h"
 #include "ds/BitVecIter.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <iostream>
-#include <thread>
 #include <utility>
 
 void bootstrap_init(BootstrapState& st, int chip_lines, int n_vars) {
@@ -150,13 +150,12 @@ void bootstrap_fast(const VarClasses& classes, const std::vector<std::vector<int
         ln_binom_univ[c] = hg.binom_ln(g_univ_size, ix.size[c]);
     const int n_members = static_cast<int>(members.size());
     const int n_bits = std::max(n_vars, 32);
-    threads = std::max(1, threads);
 
     const int batch = 64;
     std::vector<int> images(static_cast<std::size_t>(batch) * n_members);
     std::vector<float> best(batch);
     std::vector<Workspace> work;
-    for (int t = 0; t < threads; ++t)
+    for (int t = 0; t < parallel_workers(batch, threads); ++t)
         work.emplace_back(n_bits, classes.class_count());
 
     for (int b0 = 0; b0 < passes; b0 += batch) {
@@ -170,19 +169,11 @@ void bootstrap_fast(const VarClasses& classes, const std::vector<std::vector<int
             for (int j = 0; j < n_members; ++j)
                 snap[j] = st.image[members[j]];
         }
-        const int used = std::min(threads, nb);
-        auto run = [&](int t) {
-            for (int i = t; i < nb; i += used)
-                best[i] =
-                    evaluate_pass(ix, hg, ln_binom_univ, set_begin,
-                                  images.data() + static_cast<std::size_t>(i) * n_members, n_vars, work[t]);
-        };
-        std::vector<std::thread> pool;
-        for (int t = 1; t < used; ++t)
-            pool.emplace_back(run, t);
-        run(0); // this thread takes stride 0
-        for (std::thread& th : pool)
-            th.join();
+        parallel_for(nb, threads, [&](int worker, int i) {
+            best[i] =
+                evaluate_pass(ix, hg, ln_binom_univ, set_begin,
+                              images.data() + static_cast<std::size_t>(i) * n_members, n_vars, work[worker]);
+        });
         for (int i = 0; i < nb; ++i)
             if (best[i] < ceiling)
                 kept.push_back(best[i]);

@@ -1,10 +1,10 @@
 // The randomisation bootstrap of the vesk tool: shuffled gene images and the best log probability per pass.
-#ifndef VESK_BOOTSTRAP_H
-#define VESK_BOOTSTRAP_H
-
-#include "VarClasses.h"
+#ifndef VESK_TOOLS_BOOTSTRAP_H
+#define VESK_TOOLS_BOOTSTRAP_H
 
 #include <vector>
+
+class VarClasses;
 
 // State that carries over between passes: the slot permutation and each gene's image.
 struct BootstrapState {

@@ -1,7 +1,7 @@
 // Indexed forms of the enrichment test: classes by member, log-binomials from a log-gamma table.
 // They give the very values of get_best_pval, annotate and dep_hg_pv with far less work.
-#ifndef VESK_FASTENRICH_H
-#define VESK_FASTENRICH_H
+#ifndef VESK_TOOLS_FASTENRICH_H
+#define VESK_TOOLS_FASTENRICH_H
 
 #include "Annot.h"
 #include "SpecialFunc.h"

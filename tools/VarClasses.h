@@ -1,6 +1,6 @@
 // VarClasses: class membership table read from a class key table and an association table.
-#ifndef VESK_VARCLASSES_H
-#define VESK_VARCLASSES_H
+#ifndef VESK_TOOLS_VARCLASSES_H
+#define VESK_TOOLS_VARCLASSES_H
 
 #include "ds/BitVec.h"
 

@@ -4,6 +4,7 @@
 #include "Annot.h"
 #include "Bootstrap.h"
 #include "FastEnrich.h"
+#include "ParallelFor.h"
 #include "Random.h"
 #include "ValSpace3.h"
 #include "VarClasses.h"
@@ -12,14 +13,12 @@
 #include "options.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 static constexpr char kSrc[] = "vesk";
@@ -27,21 +26,6 @@ static constexpr char kSrc[] = "vesk";
 namespace {
 
 const double kLn10 = 2.302585092994045684;
-
-// VESK_BOOTSTRAP=reference selects the straightforward class-by-class bootstrap; both paths give
-// the same report. VESK_THREADS sets the threads of the fast path (default: the machine's cores).
-bool use_reference_bootstrap() {
-    const char* v = std::getenv("VESK_BOOTSTRAP");
-    return v && std::string(v) == "reference";
-}
-
-int bootstrap_threads() {
-    const char* v = std::getenv("VESK_THREADS");
-    if (v && std::atoi(v) > 0)
-        return std::atoi(v);
-    const unsigned hw = std::thread::hardware_concurrency();
-    return hw > 0 ? static_cast<int>(std::min(hw, 16u)) : 1;
-}
 
 // A gene word by its printed name first, then by its first name; -1 with a warning if neither.
 int match_gene(const VarUniverse& univ, const std::string& word) {
@@ -106,23 +90,20 @@ void report_all_fast(std::ostream& rep, const std::vector<std::vector<int>>& set
         std::string trace;
     };
     std::vector<SetResult> results(sets.size());
-    std::atomic<int> next(0);
-    auto work = [&]() {
-        FastAnnotator::Workspace w = annotator.make_workspace();
-        ds_bitvec scratch(n_vars);
-        for (int s = next++; s < static_cast<int>(sets.size()); s = next++) {
-            scratch.clear();
-            for (int g : sets[s])
-                scratch.set_ind(g);
-            annotator.annotate(scratch, results[s].out, results[s].order, results[s].trace, w);
-        }
+    struct Scratch {
+        FastAnnotator::Workspace w;
+        ds_bitvec set_bits;
     };
-    std::vector<std::thread> pool;
-    for (int t = 1; t < threads; ++t)
-        pool.emplace_back(work);
-    work();
-    for (std::thread& th : pool)
-        th.join();
+    std::vector<Scratch> scratch;
+    for (int t = 0; t < parallel_workers(static_cast<int>(sets.size()), threads); ++t)
+        scratch.push_back(Scratch{annotator.make_workspace(), ds_bitvec(n_vars)});
+    parallel_for(static_cast<int>(sets.size()), threads, [&](int worker, int s) {
+        Scratch& sc = scratch[worker];
+        sc.set_bits.clear();
+        for (int g : sets[s])
+            sc.set_bits.set_ind(g);
+        annotator.annotate(sc.set_bits, results[s].out, results[s].order, results[s].trace, sc.w);
+    });
 
     for (std::size_t s = 0; s < sets.size(); ++s) {
         if (!results[s].trace.empty())
@@ -132,82 +113,90 @@ void report_all_fast(std::ostream& rep, const std::vector<std::vector<int>>& set
     }
 }
 
-} // namespace
-
-int vesk_main(int argc, char** argv) {
+// Everything a run reads: the options, the universe of genes and the five tables.
+struct VeskInputs {
     options opts;
+    std::unique_ptr<ValSpace3> val_space;
+    std::unique_ptr<VarUniverse> univ;
+    int n_vars = 0;
+    ds_bitvec chip_mask;
+    std::vector<int> chip_ids;
+    std::map<std::string, std::string> types;
+    VarClasses classes;
+    std::vector<std::vector<int>> sets;
+};
+
+// Reads the option files in order, seeds the random source and reads the tables. The keys are
+// fetched in the order the run needs them, which is the order a missing key is reported in.
+void read_inputs(int argc, char** argv, VeskInputs& in) {
+    options& opts = in.opts;
     for (int i = 1; i < argc; ++i) {
         std::cerr << "will read " << argv[i] << std::endl;
-        std::ifstream in(argv[i]);
-        opts.read(in, false);
+        std::ifstream file(argv[i]);
+        opts.read(file, false);
     }
 
     Random::reset(opts.get_int("Random", "Seed", true));
 
-    ValSpace3 val_space(opts, "kaka");
-    VarUniverse univ(&val_space);
+    in.val_space = std::make_unique<ValSpace3>(opts, "kaka");
+    in.univ = std::make_unique<VarUniverse>(in.val_space.get());
+    VarUniverse& univ = *in.univ;
     {
         const std::string& path = opts.get_str("Tables", "varob", true);
-        std::ifstream in(path.c_str());
-        if (!in)
+        std::ifstream file(path.c_str());
+        if (!file)
             VESK_FATAL(kSrc, "cannot open varob table " << path << "\n");
-        univ.read_short_tabs(in);
+        univ.read_short_tabs(file);
     }
-    const int n_vars = univ.size();
-    ds_bitvec chip_mask(n_vars);
-    std::vector<int> chip_ids;
+    in.n_vars = univ.size();
+    in.chip_mask = ds_bitvec(in.n_vars);
     {
-        std::ifstream in(opts.get_str("Tables", "ChipOrfs", true).c_str());
-        if (!in)
+        std::ifstream file(opts.get_str("Tables", "ChipOrfs", true).c_str());
+        if (!file)
             VESK_FATAL(kSrc, "Cannot open chip orf file\n");
         std::string word;
-        while (in >> word) {
+        while (file >> word) {
             const int id = match_gene(univ, word);
             if (id < 0)
                 continue;
-            chip_mask.set_ind(id);
-            chip_ids.push_back(id);
+            in.chip_mask.set_ind(id);
+            in.chip_ids.push_back(id);
         }
     }
-
-    std::map<std::string, std::string> types;
     {
-        std::ifstream in(opts.get_str("Tables", "GoTypeTab", true).c_str());
-        if (!in)
+        std::ifstream file(opts.get_str("Tables", "GoTypeTab", true).c_str());
+        if (!file)
             VESK_FATAL(kSrc, "Cannot open go type file\n");
         std::string key, type;
-        while (in >> key >> type)
-            types[key] = type;
+        while (file >> key >> type)
+            in.types[key] = type;
     }
-
-    VarClasses classes;
     {
         const std::string assoc_path = opts.get_str("Tables", "clsassoc", true);
         const std::string key_path = opts.get_str("Tables", "goclskey", true);
-        classes.read(key_path, assoc_path, n_vars, &chip_mask);
+        in.classes.read(key_path, assoc_path, in.n_vars, &in.chip_mask);
     }
-
-    std::vector<std::vector<int>> sets;
     {
-        std::ifstream in(opts.get_str("Tables", "SetsOrfs", true).c_str());
-        if (!in)
+        std::ifstream file(opts.get_str("Tables", "SetsOrfs", true).c_str());
+        if (!file)
             VESK_FATAL(kSrc, "Cannot open sets orf file\n");
         std::string word;
         int set_id;
-        while (in >> word >> set_id) {
+        while (file >> word >> set_id) {
             const int g = match_gene(univ, word);
             if (g < 0 || set_id < 0)
                 continue;
-            if (set_id >= static_cast<int>(sets.size()))
-                sets.resize(set_id + 1);
-            sets[set_id].push_back(g);
+            if (set_id >= static_cast<int>(in.sets.size()))
+                in.sets.resize(set_id + 1);
+            in.sets[set_id].push_back(g);
         }
-        std::cerr << "got " << sets.size() << " sets" << std::endl;
+        std::cerr << "got " << in.sets.size() << " sets" << std::endl;
     }
+}
 
-    BootstrapState boot;
-    bootstrap_init(boot, static_cast<int>(chip_ids.size()), n_vars);
-    const float ceiling = static_cast<float>(std::log(0.1));
+// Sets the enrichment filters from scope `Vesk` and the universe size from the chip; returns the
+// number of bootstrap passes, whose key the run reads first.
+int set_globals(options& opts, const ds_bitvec& chip_mask) {
     const int boot_num = opts.get_int("Vesk", "BootstrapNum", true);
     g_min_cls_size = opts.get_int("Vesk", "MinClsSize", true);
     g_max_cls_size = opts.get_int("Vesk", "MaxClsSize", true);
@@ -215,39 +204,63 @@ int vesk_main(int argc, char** argv) {
     g_max_pv_to_rep = logf(opts.get_float("Vesk", "MaxPvToRep", true));
     g_filter_red_pv_thresh = logf(opts.get_float("Vesk", "FilterRedPVThres", true));
     g_univ_size = chip_mask.on_bits();
+    return boot_num;
+}
 
+// The best value of every bootstrap pass that is below `ceiling`, sorted ascending.
+std::vector<float> run_bootstrap(const VeskInputs& in, int boot_num, float ceiling,
+                                 const VeskRunSettings& settings) {
+    BootstrapState boot;
+    bootstrap_init(boot, static_cast<int>(in.chip_ids.size()), in.n_vars);
     std::vector<float> kept;
-    const bool reference = use_reference_bootstrap();
-    if (reference)
-        bootstrap_reference(classes, sets, chip_ids, n_vars, boot_num, ceiling, boot, kept);
+    if (settings.reference_bootstrap)
+        bootstrap_reference(in.classes, in.sets, in.chip_ids, in.n_vars, boot_num, ceiling, boot, kept);
     else
-        bootstrap_fast(classes, sets, chip_ids, n_vars, boot_num, ceiling, boot, kept, bootstrap_threads());
+        bootstrap_fast(in.classes, in.sets, in.chip_ids, in.n_vars, boot_num, ceiling, boot, kept,
+                       settings.threads);
 
     std::sort(kept.begin(), kept.end());
     std::cerr << "got " << kept.size() << "rand pvs";
     if (!kept.empty())
         std::cerr << " worst " << kept.front();
     std::cerr << std::endl;
+    return kept;
+}
 
+// Annotates every set and writes the report lines to Tables::AnnotReport.
+void write_report(VeskInputs& in, const std::vector<float>& kept, int boot_num, float ceiling,
+                  const VeskRunSettings& settings) {
+    options& opts = in.opts;
     const bool gene_list =
         opts.has_option("Vesk", "ReportGeneList") && opts.get_int("Vesk", "ReportGeneList", true) != 0;
     std::ofstream rep(opts.get_str("Tables", "AnnotReport", true).c_str(), std::ios::out | std::ios::trunc);
 
-    if (reference) {
-        ds_bitvec scratch(n_vars);
+    if (settings.reference_bootstrap) {
+        ds_bitvec scratch(in.n_vars);
         std::vector<Annot> out;
         std::vector<int> order;
-        for (int s = 0; s < static_cast<int>(sets.size()); ++s) {
+        for (int s = 0; s < static_cast<int>(in.sets.size()); ++s) {
             scratch.clear();
-            for (int g : sets[s])
+            for (int g : in.sets[s])
                 scratch.set_ind(g);
-            annotate(classes, scratch, out, order);
-            write_set_lines(rep, s, sets[s], out, order, classes, univ, types, kept, boot_num, ceiling,
-                            gene_list);
+            annotate(in.classes, scratch, out, order);
+            write_set_lines(rep, s, in.sets[s], out, order, in.classes, *in.univ, in.types, kept, boot_num,
+                            ceiling, gene_list);
         }
     } else {
-        report_all_fast(rep, sets, classes, univ, types, kept, boot_num, ceiling, gene_list, n_vars,
-                        bootstrap_threads());
+        report_all_fast(rep, in.sets, in.classes, *in.univ, in.types, kept, boot_num, ceiling, gene_list,
+                        in.n_vars, settings.threads);
     }
+}
+
+} // namespace
+
+int vesk_main(int argc, char** argv, const VeskRunSettings& settings) {
+    VeskInputs in;
+    read_inputs(argc, argv, in);
+    const float ceiling = static_cast<float>(std::log(0.1));
+    const int boot_num = set_globals(in.opts, in.chip_mask);
+    const std::vector<float> kept = run_bootstrap(in, boot_num, ceiling, settings);
+    write_report(in, kept, boot_num, ceiling, settings);
     return 0;
 }

@@ -1,6 +1,6 @@
 // ds_bitvec: a set of integer ids as 32-bit words with a cached on-bit count.
-#ifndef VESK_DS_BITVEC_H
-#define VESK_DS_BITVEC_H
+#ifndef VESK_STDALG_DS_BITVEC_H
+#define VESK_STDALG_DS_BITVEC_H
 
 #include <cstddef>
 #include <cstdint>

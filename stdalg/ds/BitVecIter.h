@@ -1,6 +1,6 @@
 // ds_bitvec_iter: walks the set bits of a ds_bitvec in either direction.
-#ifndef VESK_DS_BITVECITER_H
-#define VESK_DS_BITVECITER_H
+#ifndef VESK_STDALG_DS_BITVECITER_H
+#define VESK_STDALG_DS_BITVECITER_H
 
 #include "ds/BitVec.h"
 

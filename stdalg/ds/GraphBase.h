@@ -1,6 +1,6 @@
 // GraphBase: the interface of directed graphs with stable node and edge ids.
-#ifndef VESK_DS_GRAPHBASE_H
-#define VESK_DS_GRAPHBASE_H
+#ifndef VESK_STDALG_DS_GRAPHBASE_H
+#define VESK_STDALG_DS_GRAPHBASE_H
 
 #include "ds/GraphBaseEdgeIter.h"
 #include "ds/GraphBaseNodeIter.h"

@@ -1,6 +1,6 @@
 // GraphBaseEdgeIter: the interface of a walk over the edges of one node, out, in or both.
-#ifndef VESK_DS_GRAPHBASEEDGEITER_H
-#define VESK_DS_GRAPHBASEEDGEITER_H
+#ifndef VESK_STDALG_DS_GRAPHBASEEDGEITER_H
+#define VESK_STDALG_DS_GRAPHBASEEDGEITER_H
 
 // Holds the direction asked for, the node, the current edge (-1 at the end), the direction of the
 // list in use and the other end of the current edge. Under Both the out-edges come first, then

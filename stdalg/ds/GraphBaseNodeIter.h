@@ -1,6 +1,6 @@
 // GraphBaseNodeIter: the interface of a walk over the nodes of a graph.
-#ifndef VESK_DS_GRAPHBASENODEITER_H
-#define VESK_DS_GRAPHBASENODEITER_H
+#ifndef VESK_STDALG_DS_GRAPHBASENODEITER_H
+#define VESK_STDALG_DS_GRAPHBASENODEITER_H
 
 // Holds the current node id, -1 at the end.
 class GraphBaseNodeIter {

@@ -1,7 +1,7 @@
 // GraphWeb: directed graphs on a two-axis Web; an edge is a cell on its source's out-list (axis 0)
 // and its destination's in-list (axis 1).
-#ifndef VESK_DS_GRAPHWEB_H
-#define VESK_DS_GRAPHWEB_H
+#ifndef VESK_STDALG_DS_GRAPHWEB_H
+#define VESK_STDALG_DS_GRAPHWEB_H
 
 #include "ds/GraphBase.h"
 #include "ds/RaList.h"

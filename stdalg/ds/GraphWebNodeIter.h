@@ -1,6 +1,6 @@
 // GraphWebNodeIter: walks the nodes of a GraphWeb in the order of its axis-0 root list.
-#ifndef VESK_DS_GRAPHWEBNODEITER_H
-#define VESK_DS_GRAPHWEBNODEITER_H
+#ifndef VESK_STDALG_DS_GRAPHWEBNODEITER_H
+#define VESK_STDALG_DS_GRAPHWEBNODEITER_H
 
 #include "ds/GraphBaseNodeIter.h"
 

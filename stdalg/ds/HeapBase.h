@@ -1,6 +1,6 @@
 // HeapBase: the id-table layer of the priority queues (id -> node, cached minimum, verify scratch).
-#ifndef VESK_DS_HEAPBASE_H
-#define VESK_DS_HEAPBASE_H
+#ifndef VESK_STDALG_DS_HEAPBASE_H
+#define VESK_STDALG_DS_HEAPBASE_H
 
 #include <ostream>
 #include <vector>

@@ -1,6 +1,6 @@
 // HeapBin: a binomial heap of ids with double keys, with change and removal by id.
-#ifndef VESK_DS_HEAPBIN_H
-#define VESK_DS_HEAPBIN_H
+#ifndef VESK_STDALG_DS_HEAPBIN_H
+#define VESK_STDALG_DS_HEAPBIN_H
 
 #include "ds/HeapBase.h"
 

@@ -1,9 +1,11 @@
 // RaList<T>: a doubly linked list whose elements live in a vector and are addressed by id.
-#ifndef VESK_DS_RALIST_H
-#define VESK_DS_RALIST_H
+#ifndef VESK_STDALG_DS_RALIST_H
+#define VESK_STDALG_DS_RALIST_H
 
-#include <iostream>
 #include <vector>
+
+// The construction trace of every RaList ("RaList with <size>" on the error stream).
+void ralist_trace_new(int size);
 
 template <class T> struct RaListNode {
     T m_value = T();
@@ -37,7 +39,7 @@ public:
 
     // `size` is the vector capacity reserved up front; the id space starts empty.
     explicit RaList(int size = 0) : m_head(-1), m_tail(-1), m_size(0) {
-        std::cerr << "RaList with " << size << std::endl;
+        ralist_trace_new(size);
         if (size > 0)
             m_nodes.reserve(static_cast<std::size_t>(size));
     }

@@ -1,6 +1,6 @@
 // Web<D>: a sparse D-dimensional store of linked cells; each cell sits on one root's list per axis.
-#ifndef VESK_DS_WEB_H
-#define VESK_DS_WEB_H
+#ifndef VESK_STDALG_DS_WEB_H
+#define VESK_STDALG_DS_WEB_H
 
 #include "ds/RaList.h"
 

@@ -1,6 +1,6 @@
 // Template body of Web<D>: insertion, ordered insertion with marks, removal, checks and printing.
-#ifndef VESK_DS_WEB_TCC
-#define VESK_DS_WEB_TCC
+#ifndef VESK_STDALG_DS_WEB_TCC
+#define VESK_STDALG_DS_WEB_TCC
 
 #include "ds/Web.h"
 

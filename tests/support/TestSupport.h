@@ -1,6 +1,6 @@
 // Test helpers: temporary directories, files from inline text, seeds printed on failure.
-#ifndef VESK_TESTSUPPORT_H
-#define VESK_TESTSUPPORT_H
+#ifndef VESK_TESTS_SUPPORT_TESTSUPPORT_H
+#define VESK_TESTS_SUPPORT_TESTSUPPORT_H
 
 #include <cstdint>
 #include <string>
