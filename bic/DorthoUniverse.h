@@ -1,7 +1,7 @@
 // DorthoClust, OrthoCluster and DorthoUniverse: domain orthology clusters (docs) and their analysis on the
 // tree.
-#ifndef VESK_DORTHOUNIVERSE_H
-#define VESK_DORTHOUNIVERSE_H
+#ifndef VESK_BIC_DORTHOUNIVERSE_H
+#define VESK_BIC_DORTHOUNIVERSE_H
 
 #include "SpeciesDorthoGraph.h"
 #include "SpeciesPhylogeny.h"

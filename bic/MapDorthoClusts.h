@@ -12,8 +12,8 @@
 //    that a hit of a member of a reaches; a merge moves b's new members into a and kills b. Two docs
 //    connect when every member x of a has a hit to every member y of b (or x is y) that passes the
 //    grow_step test with the pair's weight: the best acceptable hit from a member of a to one of b.
-#ifndef VESK_MAPDORTHOCLUSTS_H
-#define VESK_MAPDORTHOCLUSTS_H
+#ifndef VESK_BIC_MAPDORTHOCLUSTS_H
+#define VESK_BIC_MAPDORTHOCLUSTS_H
 
 #include "DorthoUniverse.h"
 #include "SpeciesDorthoGraph.h"

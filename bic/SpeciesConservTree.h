@@ -1,7 +1,7 @@
 // SpeciesHomologyGraph and SpeciesConservTree: homology between species pairs and the conserved genes per
 // tree node.
-#ifndef VESK_SPECIESCONSERVTREE_H
-#define VESK_SPECIESCONSERVTREE_H
+#ifndef VESK_BIC_SPECIESCONSERVTREE_H
+#define VESK_BIC_SPECIESCONSERVTREE_H
 
 #include "SpeciesPhylogeny.h"
 #include "ds/BitVec.h"

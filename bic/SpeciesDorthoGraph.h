@@ -1,6 +1,6 @@
 // DorthoEdge, OrDomain, DomainOrthoGraph and SpeciesDorthoGraph: domain similarity hits between species.
-#ifndef VESK_SPECIESDORTHOGRAPH_H
-#define VESK_SPECIESDORTHOGRAPH_H
+#ifndef VESK_BIC_SPECIESDORTHOGRAPH_H
+#define VESK_BIC_SPECIESDORTHOGRAPH_H
 
 #include "SpeciesPhylogeny.h"
 

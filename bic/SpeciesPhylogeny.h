@@ -1,6 +1,6 @@
 // SpeciesPhylogeny: the rooted binary species tree with a gene universe per leaf and its derived tables.
-#ifndef VESK_SPECIESPHYLOGENY_H
-#define VESK_SPECIESPHYLOGENY_H
+#ifndef VESK_BIC_SPECIESPHYLOGENY_H
+#define VESK_BIC_SPECIESPHYLOGENY_H
 
 #include "VarUniverse.h"
 #include "ds/BitVec.h"

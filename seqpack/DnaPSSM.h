@@ -1,7 +1,7 @@
 // Position-specific scoring matrices: one column (DnaProbVec) and the matrix with its window and
 // strand flag (DnaPSSM): likelihoods, best-site scans, EM counting and the consensus.
-#ifndef VESK_DNAPSSM_H
-#define VESK_DNAPSSM_H
+#ifndef VESK_SEQPACK_DNAPSSM_H
+#define VESK_SEQPACK_DNAPSSM_H
 
 #include "LogSpace.h"
 

@@ -1,7 +1,7 @@
 // DNA characters: one-hot bases, degenerate characters and their two letter tables, eight-base words,
 // the alphabet by degree and the iterator over one-step neighbours of a degenerate character.
-#ifndef VESK_DNASEQCHAR_H
-#define VESK_DNASEQCHAR_H
+#ifndef VESK_SEQPACK_DNASEQCHAR_H
+#define VESK_SEQPACK_DNASEQCHAR_H
 
 #include <cstdint>
 #include <istream>

@@ -1,8 +1,8 @@
 // Promoters: one FASTA record tied to a gene (DnaSeqPromoter<S>), and a genome's promoters in one table
 // indexed by gene id, brought to a common length (DnaSeqGenomePromoters<S>), for S = DnaSequence or
 // DnaDenseSequence.
-#ifndef VESK_DNASEQGENOMEPROMOTERS_H
-#define VESK_DNASEQGENOMEPROMOTERS_H
+#ifndef VESK_SEQPACK_DNASEQGENOMEPROMOTERS_H
+#define VESK_SEQPACK_DNASEQGENOMEPROMOTERS_H
 
 #include "DnaSequence.h"
 

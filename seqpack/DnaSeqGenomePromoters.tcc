@@ -1,4 +1,6 @@
 // Template bodies of DnaSeqPromoter<S> and DnaSeqGenomePromoters<S>.
+#ifndef VESK_SEQPACK_DNASEQGENOMEPROMOTERS_TCC
+#define VESK_SEQPACK_DNASEQGENOMEPROMOTERS_TCC
 #include "Random.h"
 #include "VarUniverse.h"
 
@@ -78,3 +80,5 @@ template <class S> void DnaSeqGenomePromoters<S>::randomize() {
         std::swap(m_promoters[i], m_promoters[j]);
     }
 }
+
+#endif

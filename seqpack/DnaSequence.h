@@ -1,7 +1,7 @@
 // DNA sequences in two forms: letters as read (DnaSequence) and eight bases a word (DnaDenseSequence),
 // the position iterator of the dense form, and the plain pattern matchers on letter text.
-#ifndef VESK_DNASEQUENCE_H
-#define VESK_DNASEQUENCE_H
+#ifndef VESK_SEQPACK_DNASEQUENCE_H
+#define VESK_SEQPACK_DNASEQUENCE_H
 
 #include "DnaSeqChar.h"
 

@@ -13,8 +13,8 @@
 // Window lists (the Rel classes) are (from, to) pairs in the same coordinates. KMerRelAggrag reads
 // ShouldRandom and RandAmplitude A from its scope: with ShouldRandom nonzero, each init draws one
 // uniform u per window and shifts both ends of that window by int(u * (2A + 1)) - A.
-#ifndef VESK_KMERAGGRAGATOR_H
-#define VESK_KMERAGGRAGATOR_H
+#ifndef VESK_SEQPACK_KMERAGGRAGATOR_H
+#define VESK_SEQPACK_KMERAGGRAGATOR_H
 
 #include "DnaSeqGenomePromoters.h"
 #include "ds/BitVec.h"

@@ -1,4 +1,6 @@
 // Template bodies of the k-mer walks.
+#ifndef VESK_SEQPACK_KMERAGGRAGATOR_TCC
+#define VESK_SEQPACK_KMERAGGRAGATOR_TCC
 #include "Random.h"
 #include "VarUniverse.h"
 #include "options.h"
@@ -220,3 +222,5 @@ void KMerRelCounter<S>::init(int k, int max_deg, int min_gap, int max_gap, const
     this->reset_counts(k, max_deg, min_gap, max_gap, genes);
     this->build_kmers(windows);
 }
+
+#endif

@@ -1,6 +1,6 @@
 // KMerDistrib: a value per k-mer text read from a table of a name and n numbers a line.
-#ifndef VESK_KMERDISTRIB_H
-#define VESK_KMERDISTRIB_H
+#ifndef VESK_SEQPACK_KMERDISTRIB_H
+#define VESK_SEQPACK_KMERDISTRIB_H
 
 #include <istream>
 #include <map>

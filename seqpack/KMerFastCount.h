@@ -2,8 +2,8 @@
 // arrays of 4^k entries, the same numbers as KMerCounter and KMerAggragator with max_deg 0 and no gap
 // give, at a fraction of the time and memory (a bit set per 12-mer over a fly genome would need tens
 // of gigabytes).
-#ifndef VESK_KMERFASTCOUNT_H
-#define VESK_KMERFASTCOUNT_H
+#ifndef VESK_SEQPACK_KMERFASTCOUNT_H
+#define VESK_SEQPACK_KMERFASTCOUNT_H
 
 #include "DnaSeqGenomePromoters.h"
 #include "ds/BitVec.h"

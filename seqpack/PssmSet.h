@@ -1,7 +1,7 @@
 // PssmSet: a collection of PSSMs with their consensus texts and bicluster ids, read from a key table
 // (pssmk) and a data table (pssmd).
-#ifndef VESK_PSSMSET_H
-#define VESK_PSSMSET_H
+#ifndef VESK_SEQPACK_PSSMSET_H
+#define VESK_SEQPACK_PSSMSET_H
 
 #include "DnaPSSM.h"
 

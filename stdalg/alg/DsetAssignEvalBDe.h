@@ -1,6 +1,6 @@
 // DsetAssignEvalBDe: the BDe (BDeu) log marginal likelihood of the base variable given its parents.
-#ifndef VESK_ALG_DSETASSIGNEVALBDE_H
-#define VESK_ALG_DSETASSIGNEVALBDE_H
+#ifndef VESK_STDALG_ALG_DSETASSIGNEVALBDE_H
+#define VESK_STDALG_ALG_DSETASSIGNEVALBDE_H
 
 #include "alg/DsetAssignEvalBase.h"
 

@@ -1,6 +1,6 @@
 // DsetAssignEvalBase: the interface of the scores of a parent set, from the counts of a DsetAssign.
-#ifndef VESK_ALG_DSETASSIGNEVALBASE_H
-#define VESK_ALG_DSETASSIGNEVALBASE_H
+#ifndef VESK_STDALG_ALG_DSETASSIGNEVALBASE_H
+#define VESK_STDALG_ALG_DSETASSIGNEVALBASE_H
 
 #include "ds/DsetAssignIter.h"
 

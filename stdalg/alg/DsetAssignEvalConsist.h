@@ -1,6 +1,6 @@
 // DsetAssignEvalConsist: the number of rows that the best function of the parents gets right.
-#ifndef VESK_ALG_DSETASSIGNEVALCONSIST_H
-#define VESK_ALG_DSETASSIGNEVALCONSIST_H
+#ifndef VESK_STDALG_ALG_DSETASSIGNEVALCONSIST_H
+#define VESK_STDALG_ALG_DSETASSIGNEVALCONSIST_H
 
 #include "alg/DsetAssignEvalBase.h"
 

@@ -1,6 +1,6 @@
 // dset_assign_eval_gen(): the assignment evaluators, selected by name.
-#ifndef VESK_ALG_DSETASSIGNEVALFACT_H
-#define VESK_ALG_DSETASSIGNEVALFACT_H
+#ifndef VESK_STDALG_ALG_DSETASSIGNEVALFACT_H
+#define VESK_STDALG_ALG_DSETASSIGNEVALFACT_H
 
 #include "alg/DsetAssignEvalBase.h"
 

@@ -1,6 +1,6 @@
 // DsetAssignEvalMInfo: mutual information of the base variable and its parents, in nats.
-#ifndef VESK_ALG_DSETASSIGNEVALMINFO_H
-#define VESK_ALG_DSETASSIGNEVALMINFO_H
+#ifndef VESK_STDALG_ALG_DSETASSIGNEVALMINFO_H
+#define VESK_STDALG_ALG_DSETASSIGNEVALMINFO_H
 
 #include "alg/DsetAssignEvalBase.h"
 

@@ -1,6 +1,6 @@
 // DsetAssignEvalPConsist: how probable the errors of the best function of the parents are.
-#ifndef VESK_ALG_DSETASSIGNEVALPCONSIST_H
-#define VESK_ALG_DSETASSIGNEVALPCONSIST_H
+#ifndef VESK_STDALG_ALG_DSETASSIGNEVALPCONSIST_H
+#define VESK_STDALG_ALG_DSETASSIGNEVALPCONSIST_H
 
 #include "alg/DsetAssignEvalBase.h"
 

@@ -1,6 +1,6 @@
 // DsetAssignEvalPMInfo: the G statistic of the mutual information as a lower-tail chi-square probability.
-#ifndef VESK_ALG_DSETASSIGNEVALPMINFO_H
-#define VESK_ALG_DSETASSIGNEVALPMINFO_H
+#ifndef VESK_STDALG_ALG_DSETASSIGNEVALPMINFO_H
+#define VESK_STDALG_ALG_DSETASSIGNEVALPMINFO_H
 
 #include "alg/DsetAssignEvalBase.h"
 

@@ -1,6 +1,6 @@
 // CompHeap<H>: a row of heaps, each with an additive weight, read as one priority queue.
-#ifndef VESK_DS_COMPHEAP_H
-#define VESK_DS_COMPHEAP_H
+#ifndef VESK_STDALG_DS_COMPHEAP_H
+#define VESK_STDALG_DS_COMPHEAP_H
 
 #include "ds/HeapBin.h"
 

@@ -1,6 +1,6 @@
 // Template body of CompHeap<H>.
-#ifndef VESK_DS_COMPHEAP_TCC
-#define VESK_DS_COMPHEAP_TCC
+#ifndef VESK_STDALG_DS_COMPHEAP_TCC
+#define VESK_STDALG_DS_COMPHEAP_TCC
 
 #include "error.h"
 

@@ -1,6 +1,6 @@
 // DsetAssign: the lattice of row sets, one per partial assignment of a base variable and its parents.
-#ifndef VESK_DS_DSETASSIGN_H
-#define VESK_DS_DSETASSIGN_H
+#ifndef VESK_STDALG_DS_DSETASSIGN_H
+#define VESK_STDALG_DS_DSETASSIGN_H
 
 #include "ds/BitVec.h"
 #include "ds/MultiDimIdSpace.h"

@@ -1,7 +1,7 @@
 // DsetAssignIter: walks the non-empty full assignments of the parent slots of a DsetAssign;
 // DsetAssignIterHide leaves some variables out of the walk.
-#ifndef VESK_DS_DSETASSIGNITER_H
-#define VESK_DS_DSETASSIGNITER_H
+#ifndef VESK_STDALG_DS_DSETASSIGNITER_H
+#define VESK_STDALG_DS_DSETASSIGNITER_H
 
 #include "ds/DsetAssign.h"
 

@@ -1,6 +1,6 @@
 // GraphDSetIter: walks the candidate parent sets of one graph node, keeping its in-edges in step.
-#ifndef VESK_DS_GRAPHDSETITER_H
-#define VESK_DS_GRAPHDSETITER_H
+#ifndef VESK_STDALG_DS_GRAPHDSETITER_H
+#define VESK_STDALG_DS_GRAPHDSETITER_H
 
 #include "ds/GraphBase.h"
 #include "ds/IdDSetIter.h"

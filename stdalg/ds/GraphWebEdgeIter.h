@@ -1,6 +1,6 @@
 // GraphWebEdgeIter: walks one node's out-list (axis 0), in-list (axis 1), or both in that order.
-#ifndef VESK_DS_GRAPHWEBEDGEITER_H
-#define VESK_DS_GRAPHWEBEDGEITER_H
+#ifndef VESK_STDALG_DS_GRAPHWEBEDGEITER_H
+#define VESK_STDALG_DS_GRAPHWEBEDGEITER_H
 
 #include "ds/GraphBaseEdgeIter.h"
 

@@ -1,6 +1,6 @@
 // IdDSetIter: walks the subsets of k candidate ids, forced ids first, with hooks on every change.
-#ifndef VESK_DS_IDDSETITER_H
-#define VESK_DS_IDDSETITER_H
+#ifndef VESK_STDALG_DS_IDDSETITER_H
+#define VESK_STDALG_DS_IDDSETITER_H
 
 #include "ds/BitVec.h"
 

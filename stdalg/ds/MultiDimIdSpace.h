@@ -1,6 +1,6 @@
 // MultiDimIdSpace: partial assignments of a few small variables packed into one integer id; DValueSet.
-#ifndef VESK_DS_MULTIDIMIDSPACE_H
-#define VESK_DS_MULTIDIMIDSPACE_H
+#ifndef VESK_STDALG_DS_MULTIDIMIDSPACE_H
+#define VESK_STDALG_DS_MULTIDIMIDSPACE_H
 
 #include "ds/BitVec.h"
 

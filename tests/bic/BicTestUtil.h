@@ -1,7 +1,7 @@
 // Shared fixtures of the bic tests: a value space driven by a probability table, option stores from
 // text, small data sets from inline tables, graphs built by hand.
-#ifndef VESK_TESTS_BIC_TESTUTIL_H
-#define VESK_TESTS_BIC_TESTUTIL_H
+#ifndef VESK_TESTS_BIC_BICTESTUTIL_H
+#define VESK_TESTS_BIC_BICTESTUTIL_H
 
 #include "ExpVarGraphACO.h"
 #include "StateDataSetReal.h"

@@ -1,6 +1,6 @@
 // Test fixtures of the species tree: var tables and tree tables written to a temporary folder.
-#ifndef VESK_ORTHOTESTTREE_H
-#define VESK_ORTHOTESTTREE_H
+#ifndef VESK_TESTS_BIC_ORTHOTESTTREE_H
+#define VESK_TESTS_BIC_ORTHOTESTTREE_H
 
 #include "SpeciesPhylogeny.h"
 #include "TestSupport.h"

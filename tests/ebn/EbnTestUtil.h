@@ -1,7 +1,7 @@
 // Test helpers for ebn: a network with dispatching table distributions built from probability
 // tables, the Asia network, and the reader of the numpy reference networks.
-#ifndef VESK_EBNTESTUTIL_H
-#define VESK_EBNTESTUTIL_H
+#ifndef VESK_TESTS_EBN_EBNTESTUTIL_H
+#define VESK_TESTS_EBN_EBNTESTUTIL_H
 
 #include "BNInference.h"
 #include "BNState.h"

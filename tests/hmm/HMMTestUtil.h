@@ -1,6 +1,6 @@
 // Helpers of the hmm tests: the casino model, a quiet error stream, digit sequences.
-#ifndef VESK_TESTS_HMMTESTUTIL_H
-#define VESK_TESTS_HMMTESTUTIL_H
+#ifndef VESK_TESTS_HMM_HMMTESTUTIL_H
+#define VESK_TESTS_HMM_HMMTESTUTIL_H
 
 #include "HMM.h"
 #include "SymbolSequence.h"

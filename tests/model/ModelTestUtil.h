@@ -1,6 +1,6 @@
 // Shared inputs of the model tests: the small universe and data set under data/model/ and its cells.
-#ifndef VESK_TESTS_MODEL_TESTUTIL_H
-#define VESK_TESTS_MODEL_TESTUTIL_H
+#ifndef VESK_TESTS_MODEL_MODELTESTUTIL_H
+#define VESK_TESTS_MODEL_MODELTESTUTIL_H
 
 #include "StateDataSetReal.h"
 #include "TestSupport.h"
