@@ -1,12 +1,16 @@
 // ProfileHMM topology against a construction from (type, position) labels; KProfileHMM copies with
-// start rescaling; the alignment read off Viterbi paths; the fatal texts.
+// start rescaling; the alignment read off Viterbi paths; the fatal texts; globins4.hmm decoded.
 #include "ProfileHMM.h"
+#include "HMMDecode.h"
 #include "HMMTestUtil.h"
+#include "TestSupport.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <fstream>
 #include <set>
-#include <tuple>
+#include <sstream>
 
 namespace {
 
@@ -225,6 +229,94 @@ TEST(ProfileHMMDeath, FatalTexts) {
     EXPECT_DEATH(h.set_emission(1, P::M, 0, 2.0f), R"(ProfileHMM\([0-9]+\): Tring to set emis with p 2 > 1)");
     KProfileHMM k(3, 1, 2);
     EXPECT_DEATH(k.del_prof_hmm(1), R"(ProfileHMM\([0-9]+\): Try to del unsued copy 1 from KPorfileHMM)");
+}
+
+} // namespace
+
+namespace {
+
+typedef ProfileHMM P;
+
+// -ln p of an HMMER3 file as a probability ('*' is 0).
+float hmmer_p(const std::string& w) { return w == "*" ? 0.0f : static_cast<float>(std::exp(-std::stod(w))); }
+
+// globins4.hmm mapped onto a ProfileHMM: HMMER's seven transitions per node on our edges (I->D and
+// D->I at 0, the last node's m->m, i->m and d->m into Fin), emissions by protein code (others 0).
+bool read_hmmer(std::istream& in, ProfileHMM& h) {
+    std::string line, w;
+    while (std::getline(in, line) && line.compare(0, 4, "HMM "))
+        ;
+    std::getline(in, line);
+    std::vector<std::vector<std::string>> rows;
+    while (std::getline(in, line) && line != "//") {
+        std::istringstream ls(line);
+        rows.emplace_back();
+        while (ls >> w)
+            rows.back().push_back(w);
+    }
+    if (rows.empty())
+        return false;
+    if (rows[0][0] == "COMPO")
+        rows.erase(rows.begin());
+    const int L = static_cast<int>(rows.size() - 2) / 3;
+    h.update_length(L);
+    const char* aa = "ACDEFGHIKLMNPQRSTVWY";
+    for (int t = 0; t <= L; ++t) {
+        const std::vector<std::string>& ins = rows[t == 0 ? 0 : 3 * t];
+        const std::vector<std::string>& tr = rows[t == 0 ? 1 : 3 * t + 1];
+        for (int b = 0; b < 24; ++b) {
+            h.set_emission(t, P::I, b, 0.0f);
+            if (t > 0)
+                h.set_emission(t, P::M, b, 0.0f);
+        }
+        for (int a = 0; a < 20; ++a) {
+            const int code = ProteinSequence::encode_aa(aa[a]);
+            h.set_emission(t, P::I, code, hmmer_p(ins[a]));
+            if (t > 0)
+                h.set_emission(t, P::M, code, hmmer_p(rows[3 * t - 1][a + 1]));
+        }
+        h.set_transition_p(t, P::M, t + 1, P::M, hmmer_p(tr[0]));
+        h.set_transition_p(t, P::M, t, P::I, hmmer_p(tr[1]));
+        h.set_transition_p(t, P::I, t + 1, P::M, hmmer_p(tr[3]));
+        h.set_transition_p(t, P::I, t, P::I, hmmer_p(tr[4]));
+        if (t < L) {
+            h.set_transition_p(t, P::M, t + 1, P::D, hmmer_p(tr[2]));
+            h.set_transition_p(t, P::I, t + 1, P::D, 0.0f);
+        }
+        if (t > 0) {
+            h.set_transition_p(t, P::D, t + 1, P::M, hmmer_p(tr[5]));
+            h.set_transition_p(t, P::D, t, P::I, 0.0f);
+            if (t < L)
+                h.set_transition_p(t, P::D, t + 1, P::D, hmmer_p(tr[6]));
+        }
+    }
+    return true;
+}
+
+// Viterbi and forward of the 45 globins on globins4.hmm against tests/hmm/profile_ref.py (float32
+// model of the same recursions), written by bench/hmm_fetch_profiles.sh.
+TEST(ProfileHMM, Globins4DecodesEqualNumpyModel) {
+    const std::string dir = source_dir() + "/bench/data/scratch/hmm/";
+    std::ifstream hmm(dir + "globins4.hmm"), fa(dir + "globins45.fa"), want(dir + "globins4_ref.txt");
+    if (!hmm || !fa || !want)
+        GTEST_SKIP() << "run bench/hmm_fetch_profiles.sh first";
+    QuietCerr quiet;
+    ProfileHMM h(24, 0);
+    ASSERT_TRUE(read_hmmer(hmm, h));
+    EXPECT_EQ(149, h.m_length);
+    ProteinSequenceSet seqs;
+    seqs.read_fasta_file(fa);
+    ViterbiDecode vit(h);
+    ForwardDecode fwd(h);
+    int i, n = 0;
+    double v, f;
+    while (want >> i >> v >> f) {
+        HMMPath path;
+        EXPECT_NEAR(v, vit.decode(seqs[i], path), 1e-5 * std::fabs(v)) << i;
+        EXPECT_NEAR(f, fwd.decode(seqs[i]), 1e-5 * std::fabs(f)) << i;
+        ++n;
+    }
+    EXPECT_EQ(45, n);
 }
 
 } // namespace
