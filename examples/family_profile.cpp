@@ -75,8 +75,12 @@ void write_rows(const ProfileHMM& prof, const ProteinSequenceSet& seqs, std::vec
                 std::vector<std::string>& rows) {
     SeqMultiAlign msa;
     ProfileHMMMultiAlign(prof).align(seqs, use, msa);
-    for (int r = 0; r < msa.num_rows(); ++r)
-        rows[msa.seq_id(r)] = msa.row_text(r, seqs[msa.seq_id(r)]);
+    for (int r = 0; r < msa.num_rows(); ++r) {
+        // The set holds plain symbol strings: letters come through the protein coding.
+        ProteinSequence letters;
+        letters.assign(seqs[msa.seq_id(r)]);
+        rows[msa.seq_id(r)] = msa.row_text(r, letters);
+    }
 }
 
 int run_family(options& opts, const SymbSubstMat& mat, int gap) {
