@@ -24,7 +24,7 @@ for line in a2m.split("\n"):
         theirs[name] = ""
     elif line.strip():
         theirs[name] += line.strip()
-model = profile_ref.profile_model(os.path.join(d, "globins4.hmm"))
+model, _ = profile_ref.profile_model(os.path.join(d, "globins4.hmm"))
 names, seqs = profile_ref.read_fasta(os.path.join(d, "globins45.fa"))
 same = total = 0
 for name, s in zip(names, seqs):

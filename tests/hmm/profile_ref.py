@@ -6,6 +6,8 @@
 Reads globins45.fa, globins4.hmm and Pkinase.sto there and writes:
   globins45_pair_scores.txt  i j score of every pair i < j: Biopython's PairwiseAligner, global, linear
                              gap -4, integer BLOSUM62 (letters outside the protein codes as X)
+  globins4_profile.txt       the length, then globins4.hmm as the arguments of set_transition_p and
+                             set_emission (HMMER's -ln p as p; I->D and D->I 0)
   globins4_ref.txt           i viterbi forward of each globin on globins4.hmm mapped onto the profile
                              topology (states labelled by type and position, edges written from the
                              labels), decoded by the recursions of hmm_ref.py in float32
@@ -61,43 +63,49 @@ def read_hmmer(path):
 
 
 def profile_model(path):
+    """The hmm_ref model with ids from the labels (Start 0, I0 1, M_t 3t-1, I_t 3t, D_t 3t+1, Fin 3L+2)
+    and the same parameters as lines "T from_pos from_type to_pos to_type p" and "E pos type code p"
+    (types M 2, I 3, D 4; Start is M at 0, Fin is M at L+1)."""
     nodes = read_hmmer(path)
     L = len(nodes) - 1
     fin = 3 * L + 2
-    M = lambda t: 0 if t == 0 else (fin if t == L + 1 else 3 * t - 1)  # noqa: E731
-    I = lambda t: 1 if t == 0 else 3 * t  # noqa: E731
-    D = lambda t: 3 * t + 1  # noqa: E731
+    ids = {2: lambda t: 0 if t == 0 else (fin if t == L + 1 else 3 * t - 1),
+           3: lambda t: 1 if t == 0 else 3 * t, 4: lambda t: 3 * t + 1}
     prob = lambda v: 0.0 if v is None else math.exp(-v)  # noqa: E731
-    edges = []
+    tr = []
     for t in range(L + 1):
         mm, mi, md, im, ii, dm, dd = [prob(v) for v in nodes[t][2]]
-        edges += [(M(t), M(t + 1), mm), (M(t), I(t), mi), (I(t), M(t + 1), im), (I(t), I(t), ii)]
+        tr += [(t, 2, t + 1, 2, mm), (t, 2, t, 3, mi), (t, 3, t + 1, 2, im), (t, 3, t, 3, ii)]
         if t < L:
-            edges += [(M(t), D(t + 1), md), (I(t), D(t + 1), 0.0)]
+            tr += [(t, 2, t + 1, 4, md), (t, 3, t + 1, 4, 0.0)]
         if t > 0:
-            edges += [(D(t), M(t + 1), dm), (D(t), I(t), 0.0)]
+            tr += [(t, 4, t + 1, 2, dm), (t, 4, t, 3, 0.0)]
             if t < L:
-                edges.append((D(t), D(t + 1), dd))
+                tr.append((t, 4, t + 1, 4, dd))
+    em = []
+    for t in range(L + 1):
+        for typ, vals in ((3, nodes[t][1]), (2, nodes[t][0])):
+            if vals is not None:
+                em += [(t, typ, CODES.index(a) + 1, prob(v)) for a, v in zip(HMMER, vals)]
     silent = [False] * (fin + 1)
     silent[0] = silent[fin] = True
+    for t in range(1, L + 1):
+        silent[ids[4](t)] = True
     emit = {}
-    for t in range(L + 1):
-        emit[I(t)] = [0.0] * 24
-        for a, v in zip(HMMER, nodes[t][1]):
-            emit[I(t)][CODES.index(a) + 1] = prob(v)
-        if t > 0:
-            silent[D(t)] = True
-            emit[M(t)] = [0.0] * 24
-            for a, v in zip(HMMER, nodes[t][0]):
-                emit[M(t)][CODES.index(a) + 1] = prob(v)
-    return hmm_ref.Model(24, silent, [(f, t, hmm_ref.F32(p)) for f, t, p in edges], emit)
+    for t, typ, c, p in em:
+        emit.setdefault(ids[typ](t), [0.0] * 24)[c] = p
+    edges = [(ids[ft](fp), ids[tt](tp), hmm_ref.F32(p)) for fp, ft, tp, tt, p in tr]
+    lines = ["T %d %d %d %d %.9g" % e for e in tr] + ["E %d %d %d %.9g" % e for e in em]
+    return hmm_ref.Model(24, silent, edges, emit), lines
 
 
 def main():
     d = sys.argv[1]
     names, seqs = read_fasta(os.path.join(d, "globins45.fa"))
     pair_scores(seqs, os.path.join(d, "globins45_pair_scores.txt"))
-    m = profile_model(os.path.join(d, "globins4.hmm"))
+    m, lines = profile_model(os.path.join(d, "globins4.hmm"))
+    with open(os.path.join(d, "globins4_profile.txt"), "w") as f:
+        f.write("%d\n%s\n" % (len(read_hmmer(os.path.join(d, "globins4.hmm"))) - 1, "\n".join(lines)))
     with open(os.path.join(d, "globins4_ref.txt"), "w") as f:
         for i, s in enumerate(seqs):
             x = [CODES.index(c) + 1 for c in s]
