@@ -7,6 +7,7 @@
 #include "SymbolSequence.h"
 
 #include <memory>
+#include <vector>
 
 // What a profiler offers its initialiser: the sequences and the profile to fill.
 class ProfilerStoreBase {
