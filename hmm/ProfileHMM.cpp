@@ -211,7 +211,12 @@ int KProfileHMM::add_prof_hmm(const ProfileHMM& src) {
         map[s] = id;
     }
     std::cerr << "KPHMM done adding states\n";
+    // The decoders need the finish state at the highest id, so it takes a new id even when a shorter
+    // copy left freed ids unused.
+    std::priority_queue<int> spare;
+    spare.swap(m_free_ids);
     add_finish_state();
+    m_free_ids.swap(spare);
     m_states[m_finish_state] = HMMState(m_alphabet_size, true);
     set_state_info(m_finish_state, ProfileHMM::Fin, src.m_length + 1, -1);
     if (src.m_finish_state >= 0)

@@ -175,6 +175,10 @@ TEST(KProfileHMM, AddGetDeleteWithStartRescaling) {
                 EXPECT_LT(s, e.to);
             }
     EXPECT_TRUE(k.verify());
+    // A shorter copy in place of a longer one leaves freed ids; the finish stays at the highest id.
+    k.del_prof_hmm(2);
+    EXPECT_EQ(2, k.add_prof_hmm(tagged_profile(1, 0.5f)));
+    EXPECT_EQ(k.num_states() - 1, k.m_finish_state);
 }
 
 TEST(ProfileHMMMultiAlign, InsertBlocksPackedLeft) {
