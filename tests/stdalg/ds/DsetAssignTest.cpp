@@ -179,30 +179,23 @@ TEST(DsetAssign, RandomOperationsMatchBruteForce) {
 }
 
 // Two binary variables written out by hand: x = 0 0 1 1 1, y = 0 1 0 1 1.
-class DsetAssignSmall : public ::testing::Test {
-protected:
-    DsetAssignSmall() : space(2, 3), a(space, 3, 3, 5, false), x0(5), x1(5), y0(5), y1(5) {
-        for (int r : {0, 1})
-            x0.set_ind(r);
-        for (int r : {2, 3, 4})
-            x1.set_ind(r);
-        for (int r : {0, 2})
-            y0.set_ind(r);
-        for (int r : {1, 3, 4})
-            y1.set_ind(r);
-    }
-    MultiDimIdSpace space;
-    DsetAssign a;
-    ds_bitvec x0, x1, y0, y1;
-};
-
-TEST_F(DsetAssignSmall, InsertFillsValueIdsAndIteratorSkipsEmptyCombinations) {
+TEST(DsetAssign, HandWorkedSetsEmptyCombinationsAndFullSlots) {
+    MultiDimIdSpace space(2, 3);
+    DsetAssign a(space, 3, 3, 5, false);
+    ds_bitvec x0(5), x1(5), y0(5), y1(5), none(5);
+    for (int r : {0, 1})
+        x0.set_ind(r);
+    for (int r : {2, 3, 4})
+        x1.set_ind(r);
+    for (int r : {0, 2})
+        y0.set_ind(r);
+    for (int r : {1, 3, 4})
+        y1.set_ind(r);
     EXPECT_EQ(a.count_of(0), 5);
     a.insert_base_var(7, {&x0, &x1});
     EXPECT_EQ(rows_of(a.set_of(1)), (std::vector<int>{0, 1}));
     EXPECT_EQ(rows_of(a.set_of(2)), (std::vector<int>{2, 3, 4}));
     EXPECT_EQ(a.set_of(3), nullptr); // no third value
-    ds_bitvec none(5);
     EXPECT_EQ(a.insert_var(8, {&y0, &y1, &none}), 1);
     // Parent value 0 is digit 1 of slot 1: id 4; with base value 1: id 4 + 2.
     EXPECT_EQ(rows_of(a.set_of(4)), (std::vector<int>{0, 2}));
@@ -214,11 +207,7 @@ TEST_F(DsetAssignSmall, InsertFillsValueIdsAndIteratorSkipsEmptyCombinations) {
     std::ostringstream dump;
     a.dump_state(dump);
     EXPECT_NE(dump.str().find("slot 1 var 8"), std::string::npos);
-}
-
-TEST_F(DsetAssignSmall, FullSlotsGiveMinusOneAndChangeNothing) {
-    a.insert_base_var(7, {&x0, &x1});
-    a.insert_var(8, {&y0, &y1});
+    // Full slots: -1 and nothing changes.
     a.insert_var(9, {&x0, &x1});
     EXPECT_EQ(a.insert_var(10, {&y1, &y0}), -1);
     EXPECT_EQ(a.m_vars, (std::vector<int>{7, 8, 9}));
