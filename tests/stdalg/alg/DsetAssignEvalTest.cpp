@@ -321,10 +321,8 @@ TEST(DsetAssignEval, FactoryNamesInTableOrder) {
         EXPECT_STREQ(gen.name(i), names[i]);
         EXPECT_EQ(gen.product(names[i], true), i);
     }
-    std::unique_ptr<DsetAssignEvalBase> e(gen.make("BDe", opt, "Eval"));
-    ASSERT_NE(dynamic_cast<DsetAssignEvalBDe*>(e.get()), nullptr);
-    EXPECT_EQ(dynamic_cast<DsetAssignEvalBDe*>(e.get())->m_equiv_sample_size, 1);
-    e.reset(gen.make("PMInfo", opt, "Eval"));
+    // The other makers are seen through their classes' fatal texts.
+    std::unique_ptr<DsetAssignEvalBase> e(gen.make("PMInfo", opt, "Eval"));
     EXPECT_NE(dynamic_cast<DsetAssignEvalPMInfo*>(e.get()), nullptr);
 }
 

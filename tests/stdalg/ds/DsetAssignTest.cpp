@@ -100,6 +100,14 @@ TEST(DsetAssign, RandomOperationsMatchBruteForce) {
     MultiDimIdSpace space(bits, slots_n);
     DsetAssign a(space, 3, slots_n, t.rows, false);
     std::vector<int> slots(slots_n, -1);
+    // Filled slots from `from` on, leaving out those that hold variable `but`.
+    auto filled = [&](int from, int but) {
+        std::vector<int> out;
+        for (int i = from; i < slots_n; ++i)
+            if (slots[i] != -1 && slots[i] != but)
+                out.push_back(i);
+        return out;
+    };
 
     for (int step = 0; step < 2500; ++step) {
         SCOPED_TRACE("step " + std::to_string(step));
@@ -121,13 +129,10 @@ TEST(DsetAssign, RandomOperationsMatchBruteForce) {
             a.insert_var_at(var, t.sets[var], slot);
             slots[slot] = var;
         } else if (op < 9) {
-            std::vector<int> filled;
-            for (int i = 0; i < slots_n; ++i)
-                if (slots[i] != -1)
-                    filled.push_back(i);
-            if (filled.empty())
+            const std::vector<int> any = filled(0, -1);
+            if (any.empty())
                 continue;
-            const int slot = filled[rng() % filled.size()];
+            const int slot = any[rng() % any.size()];
             if (slot > 0 && rng() % 2) {
                 // remove_var takes the first slot from 1 that holds the variable.
                 const int v = slots[slot];
@@ -159,13 +164,10 @@ TEST(DsetAssign, RandomOperationsMatchBruteForce) {
             shown[i] = slots[i] != -1;
         DsetAssignIter it(a);
         ASSERT_EQ(walk(it), expected_walk(t, slots, shown, space.m_size, bits));
-        std::vector<int> filled;
-        for (int i = 1; i < slots_n; ++i)
-            if (slots[i] != -1 && slots[i] != slots[0])
-                filled.push_back(i);
         // Hiding works on parents; the base variable is never hidden.
-        if (!filled.empty() && step % 5 == 0) {
-            const int hidden_slot = filled[rng() % filled.size()];
+        const std::vector<int> parents = filled(1, slots[0]);
+        if (!parents.empty() && step % 5 == 0) {
+            const int hidden_slot = parents[rng() % parents.size()];
             std::vector<bool> hshown = shown;
             for (int i = 1; i < slots_n; ++i)
                 if (slots[i] == slots[hidden_slot])
