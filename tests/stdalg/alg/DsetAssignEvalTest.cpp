@@ -243,19 +243,19 @@ TEST(DsetAssignEval, MInfoAndPMInfoSpecialCases) {
     // Matrix: (rows - 1)(cols - 1) = 2 degrees of freedom again.
     EXPECT_TRUE(close(pmi.eval(counts, 1), 1 - std::exp(-6 * h), 1e-5, 0));
 
-    // A single non-empty row: 1 when one column holds every row, else 0.
+    // A single non-empty row: 1 when one column holds every row, else 0; independence
+    // (h below 0.0001) gives 0.
     const struct {
         Rows m;
         float want;
-    } single[] = {
+    } matrices[] = {
         {{{0, 5, 0}}, 1.0f},
         {{{0, 0, 0}, {0, 0, 4}, {0, 0, 0}}, 1.0f},
         {{{2, 3, 0}, {0, 0, 0}}, 0.0f},
+        {{{3, 3, 3}, {1, 1, 1}}, 0.0f},
     };
-    for (const auto& c : single)
+    for (const auto& c : matrices)
         EXPECT_EQ(pmi.eval(c.m, 1), c.want);
-    // Independence in a matrix: h below 0.0001 gives 0.
-    EXPECT_EQ(pmi.eval(Rows{{3, 3, 3}, {1, 1, 1}}, 1), 0.0f);
 }
 
 TEST(DsetAssignEval, PConsistByHand) {
