@@ -17,15 +17,13 @@ TEST(LogSpace, HandValuesAndInfiniteOperands) {
     float a = logf(0.2f);
     EXPECT_FLOAT_EQ(log_sum_log(a, logf(0.3f)), logf(0.5f));
     EXPECT_FLOAT_EQ(a, logf(0.5f));
-    a = -INFINITY;
-    log_sum_log(a, -2.0f);
-    EXPECT_EQ(a, -2.0f);
-    a = -1.0f;
-    log_sum_log(a, -INFINITY);
-    EXPECT_EQ(a, -1.0f);
-    a = -INFINITY;
-    log_sum_log(a, -INFINITY);
-    EXPECT_EQ(a, -INFINITY);
+    const float cases[][3] = {
+        {-INFINITY, -2.0f, -2.0f}, {-1.0f, -INFINITY, -1.0f}, {-INFINITY, -INFINITY, -INFINITY}};
+    for (const auto& c : cases) {
+        a = c[0];
+        log_sum_log(a, c[1]);
+        EXPECT_EQ(a, c[2]) << c[0] << " " << c[1];
+    }
 }
 
 TEST(LogSpace, OneMinusSwitchesAtTheDoubleThousandth) {

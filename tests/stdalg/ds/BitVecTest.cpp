@@ -166,12 +166,9 @@ TEST(BitVec, RandomOperationsAgainstModel) {
             }
             switch (op) {
             case 0:
-                if (width)
-                    v.set_ind(i), m[i] = true;
-                break;
             case 1:
                 if (width)
-                    v.clr_ind(i), m[i] = false;
+                    op == 0 ? v.set_ind(i) : v.clr_ind(i), m[i] = op == 0;
                 break;
             case 2:
                 if (width) {

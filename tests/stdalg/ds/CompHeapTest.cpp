@@ -2,15 +2,9 @@
 // fatal texts (the random run against a model is in the heap contract).
 #include "ds/CompHeap.h"
 
-#include "TestSupport.h"
-
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <map>
-#include <random>
-#include <utility>
-#include <vector>
 
 typedef CompHeap<HeapBin> Comp;
 

@@ -100,6 +100,14 @@ TEST(DsetAssign, RandomOperationsMatchBruteForce) {
     MultiDimIdSpace space(bits, slots_n);
     DsetAssign a(space, 3, slots_n, t.rows, false);
     std::vector<int> slots(slots_n, -1);
+    // Filled slots from `from` on, leaving out those that hold variable `but`.
+    auto filled = [&](int from, int but) {
+        std::vector<int> out;
+        for (int i = from; i < slots_n; ++i)
+            if (slots[i] != -1 && slots[i] != but)
+                out.push_back(i);
+        return out;
+    };
 
     for (int step = 0; step < 2500; ++step) {
         SCOPED_TRACE("step " + std::to_string(step));
@@ -121,13 +129,10 @@ TEST(DsetAssign, RandomOperationsMatchBruteForce) {
             a.insert_var_at(var, t.sets[var], slot);
             slots[slot] = var;
         } else if (op < 9) {
-            std::vector<int> filled;
-            for (int i = 0; i < slots_n; ++i)
-                if (slots[i] != -1)
-                    filled.push_back(i);
-            if (filled.empty())
+            const std::vector<int> any = filled(0, -1);
+            if (any.empty())
                 continue;
-            const int slot = filled[rng() % filled.size()];
+            const int slot = any[rng() % any.size()];
             if (slot > 0 && rng() % 2) {
                 // remove_var takes the first slot from 1 that holds the variable.
                 const int v = slots[slot];
@@ -159,13 +164,10 @@ TEST(DsetAssign, RandomOperationsMatchBruteForce) {
             shown[i] = slots[i] != -1;
         DsetAssignIter it(a);
         ASSERT_EQ(walk(it), expected_walk(t, slots, shown, space.m_size, bits));
-        std::vector<int> filled;
-        for (int i = 1; i < slots_n; ++i)
-            if (slots[i] != -1 && slots[i] != slots[0])
-                filled.push_back(i);
         // Hiding works on parents; the base variable is never hidden.
-        if (!filled.empty() && step % 5 == 0) {
-            const int hidden_slot = filled[rng() % filled.size()];
+        const std::vector<int> parents = filled(1, slots[0]);
+        if (!parents.empty() && step % 5 == 0) {
+            const int hidden_slot = parents[rng() % parents.size()];
             std::vector<bool> hshown = shown;
             for (int i = 1; i < slots_n; ++i)
                 if (slots[i] == slots[hidden_slot])
@@ -179,30 +181,23 @@ TEST(DsetAssign, RandomOperationsMatchBruteForce) {
 }
 
 // Two binary variables written out by hand: x = 0 0 1 1 1, y = 0 1 0 1 1.
-class DsetAssignSmall : public ::testing::Test {
-protected:
-    DsetAssignSmall() : space(2, 3), a(space, 3, 3, 5, false), x0(5), x1(5), y0(5), y1(5) {
-        for (int r : {0, 1})
-            x0.set_ind(r);
-        for (int r : {2, 3, 4})
-            x1.set_ind(r);
-        for (int r : {0, 2})
-            y0.set_ind(r);
-        for (int r : {1, 3, 4})
-            y1.set_ind(r);
-    }
-    MultiDimIdSpace space;
-    DsetAssign a;
-    ds_bitvec x0, x1, y0, y1;
-};
-
-TEST_F(DsetAssignSmall, InsertFillsValueIdsAndIteratorSkipsEmptyCombinations) {
+TEST(DsetAssign, HandWorkedSetsEmptyCombinationsAndFullSlots) {
+    MultiDimIdSpace space(2, 3);
+    DsetAssign a(space, 3, 3, 5, false);
+    ds_bitvec x0(5), x1(5), y0(5), y1(5), none(5);
+    for (int r : {0, 1})
+        x0.set_ind(r);
+    for (int r : {2, 3, 4})
+        x1.set_ind(r);
+    for (int r : {0, 2})
+        y0.set_ind(r);
+    for (int r : {1, 3, 4})
+        y1.set_ind(r);
     EXPECT_EQ(a.count_of(0), 5);
     a.insert_base_var(7, {&x0, &x1});
     EXPECT_EQ(rows_of(a.set_of(1)), (std::vector<int>{0, 1}));
     EXPECT_EQ(rows_of(a.set_of(2)), (std::vector<int>{2, 3, 4}));
     EXPECT_EQ(a.set_of(3), nullptr); // no third value
-    ds_bitvec none(5);
     EXPECT_EQ(a.insert_var(8, {&y0, &y1, &none}), 1);
     // Parent value 0 is digit 1 of slot 1: id 4; with base value 1: id 4 + 2.
     EXPECT_EQ(rows_of(a.set_of(4)), (std::vector<int>{0, 2}));
@@ -214,11 +209,7 @@ TEST_F(DsetAssignSmall, InsertFillsValueIdsAndIteratorSkipsEmptyCombinations) {
     std::ostringstream dump;
     a.dump_state(dump);
     EXPECT_NE(dump.str().find("slot 1 var 8"), std::string::npos);
-}
-
-TEST_F(DsetAssignSmall, FullSlotsGiveMinusOneAndChangeNothing) {
-    a.insert_base_var(7, {&x0, &x1});
-    a.insert_var(8, {&y0, &y1});
+    // Full slots: -1 and nothing changes.
     a.insert_var(9, {&x0, &x1});
     EXPECT_EQ(a.insert_var(10, {&y1, &y0}), -1);
     EXPECT_EQ(a.m_vars, (std::vector<int>{7, 8, 9}));

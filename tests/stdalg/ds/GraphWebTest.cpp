@@ -152,6 +152,14 @@ void check_all(const GraphWeb& g, const Model& m, std::mt19937& rng) {
     }
 }
 
+// A graph read from an option text in scope G.
+void read_graph(GraphWeb& g, const std::string& text) {
+    options o;
+    std::istringstream in("[G]\n" + text);
+    o.read(in, false);
+    g.read_option(o, "G");
+}
+
 class GraphWebRandom : public ::testing::TestWithParam<bool> {};
 
 } // namespace
@@ -218,11 +226,8 @@ TEST(GraphWeb, VerifyReportsABadWeb) {
 }
 
 TEST(GraphWeb, OptionFormRoundTrip) {
-    options o;
-    std::istringstream text("[G]\nLineSize = 3\nEdges = { i 9\n5 0 1\n2 1 0\n7 0 2\n}\n");
-    o.read(text, false);
     GraphWeb g(0, false);
-    g.read_option(o, "G");
+    read_graph(g, "LineSize = 3\nEdges = { i 9\n5 0 1\n2 1 0\n7 0 2\n}\n");
     std::vector<int> lines(9, -9);
     std::ostringstream out;
     g.write_option(out, lines);
@@ -232,11 +237,8 @@ TEST(GraphWeb, OptionFormRoundTrip) {
 }
 
 TEST(GraphWebDeathTest, WrongLineSizeIsFatal) {
-    options o;
-    std::istringstream text("[G]\nLineSize = 4\nEdges = { i 4\n0 0 1 5\n}\n");
-    o.read(text, false);
     GraphWeb g(0, false);
-    EXPECT_DEATH(g.read_option(o, "G"),
+    EXPECT_DEATH(read_graph(g, "LineSize = 4\nEdges = { i 4\n0 0 1 5\n}\n"),
                  R"(ds/GraphBase\([0-9]+\): Number of entries ine dges array is 4 instead of 3)");
 }
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -97,13 +98,10 @@ TEST(IdDSetIter, RandomRestartsMatchBruteForce) {
         ds_bitvec allowed(n);
         std::vector<bool> model(n);
         for (int i = 0; i < n; ++i)
-            if (rng() % 2) {
+            if ((model[i] = rng() % 2))
                 allowed.set_ind(i);
-                model[i] = true;
-            }
         Ids pool(n);
-        for (int i = 0; i < n; ++i)
-            pool[i] = i;
+        std::iota(pool.begin(), pool.end(), 0);
         std::shuffle(pool.begin(), pool.end(), rng);
         const int nf = static_cast<int>(rng() % 3), nc = static_cast<int>(rng() % 4);
         Ids forced(pool.begin(), pool.begin() + nf), choice(pool.begin() + nf, pool.begin() + nf + nc);
