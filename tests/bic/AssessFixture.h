@@ -19,15 +19,8 @@
 // Node 2 (c2) has no edge and -0.5 to everything: its sums are the same in every sample.
 struct AssessHand {
     AssessHand() : d(5, nullptr, "0 c0 x 0 1 0\n1 c1 x 0 1 0\n2 c2 x 0 1 0\n", "") {
-        g.reset(hand_graph(d, {0, 0, 0, 1, 1}, {0, 0, 0, 0, 1, 1},
-                           {{0, 5, 1.0f},
-                            {0, 6, 1.0f},
-                            {1, 7, 1.0f},
-                            {3, 9, 1.0f},
-                            {4, 8, 1.0f},
-                            {1, 10, 1.0f},
-                            {0, 9, 1.0f}},
-                           2));
+        g.reset(
+            hand_graph(d, {0, 0, 0, 1, 1}, {0, 0, 0, 0, 1, 1}, edges_of("0-5 0-6 1-7 3-9 4-8 1-10 0-9"), 2));
         w.reset(new HandWgt(*g, {0, 0, 0, 0, 0, 0, 0, 1, 1, 2, 2}, 3));
         w->m_non_edge = {{-0.5f, -0.25f, -0.5f, -0.25f, -0.5f},
                          {-0.25f, -0.5f, -0.5f, -0.5f, -0.25f},

@@ -16,9 +16,7 @@ namespace {
 // Node 5 carries an own weight of 0.25.
 struct Hand {
     Hand() : d(4, nullptr, "0 c0 x 0 1 0\n1 c1 x 0 1 0\n", "") {
-        g.reset(
-            hand_graph(d, {0, 0, 1}, {0, 0, 0, 0},
-                       {{0, 3, 1.0f}, {0, 4, 1.0f}, {1, 3, 1.0f}, {1, 5, 1.0f}, {2, 6, 1.0f}, {0, 6, 1.0f}}));
+        g.reset(hand_graph(d, {0, 0, 1}, {0, 0, 0, 0}, edges_of("0-3 0-4 1-3 1-5 2-6 0-6")));
         w.reset(new HandWgt(*g, {0, 0, 0, 0, 0, 1, 1}, 2));
         w->m_non_edge = {{-1.0f, -0.5f, -0.25f}, {-2.0f, -1.0f, -0.5f}};
         w->m_edge = {{2.0f, 2.0f, 2.0f}, {3.0f, 3.0f, 3.0f}};
@@ -179,9 +177,7 @@ TEST(DynBiclust, RandomChangesKeepScoreAndHeapExact) {
     Synth s(80, 600, pc, pg, 2.5f, seed, true);
     const ExpVarGraphBase& g = *s.graph;
     PairTable pt(g, *s.wgt);
-    options& o =
-        bic_options("[R]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = 1\nLogit = 0\n"
-                    "AddExpCostFactor = 0.75\nDelExpCostFactor = 1.5\n");
+    options& o = bic_options(greedy_text("R", "11110", 0.75f, 1.5f));
     Quiet q;
     BicGreedyOpt opt(g, *s.wgt, o, "R", true);
     DynBiclust& b = opt.m_bic;

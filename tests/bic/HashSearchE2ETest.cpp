@@ -48,16 +48,14 @@ const std::vector<Planting> kPlanted = {{range(0, 30), range(0, 8), 3.0f},
                                         {range(100, 120), range(20, 26), -3.0f}};
 
 options& e2e_options() {
-    static options* o = nullptr;
-    if (!o)
-        o = &bic_options("[Hash]\nMaxNeigSize = 14\nMinHashDegree = 3\nMaxHashDegree = 40\nMaxHashSize = 3\n"
-                         "MinHashSize = 3\nMaxHashSizeMB = 20\nFocusallExp = 1\nFocusallVar = 1\n"
-                         "DesiredIterNum = 2\nMaxGrowBics = 2\nMinVarSetSize = 4\nShouldGreedy = 1\n"
-                         "NBestEach = 2\nLogit = 0\nActiveExpGroup = { i 2\n0 1\n}\n"
-                         "ActiveVarGroup = { i 2\n0 1\n}\n"
-                         "[Greedy]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = 1\n"
-                         "Logit = 0\nAddExpCostFactor = 1\nDelExpCostFactor = 1\n");
-    return *o;
+    static options& o =
+        bic_options("[Hash]\nMaxNeigSize = 14\nMinHashDegree = 3\nMaxHashDegree = 40\nMaxHashSize = 3\n"
+                    "MinHashSize = 3\nMaxHashSizeMB = 20\nFocusallExp = 1\nFocusallVar = 1\n"
+                    "DesiredIterNum = 2\nMaxGrowBics = 2\nMinVarSetSize = 4\nShouldGreedy = 1\n"
+                    "NBestEach = 2\nLogit = 0\nActiveExpGroup = { i 2\n0 1\n}\n"
+                    "ActiveVarGroup = { i 2\n0 1\n}\n" +
+                    greedy_text("Greedy"));
+    return o;
 }
 
 TEST(HashSearchE2E, PlantedBiclustersAreFoundAndSurviveTheTables) {
