@@ -94,8 +94,7 @@ TEST(ASAPCalc, ScoresByHandWithBarCapAndBestOrientation) {
 // {0,1,2,3} 3.0.
 TEST(ASAPCalc, LastColumnAndScalingOfLargeSets) {
     AssessHand h;
-    ds_bitvec focus(5);
-    focus.set_ind(0);
+    ds_bitvec focus = gene_set({0});
     ASAPCalc a(*h.g, *h.w, asap_options(0, 3, 5), "A", &focus);
     std::istringstream tab("0 2 0 3 1\n0 3 0.25 3.25 1\n");
     a.read_score_stat(tab);
@@ -128,10 +127,7 @@ TEST(ASAPCalc, ScoreSetReplacesTheSet) {
     EXPECT_EQ(a.m_count, 0);
 
     // Genes 0, 1 in VarGroup 1, as in the first test; gene 3 has no node in group 1 and is passed over.
-    ds_bitvec set(5);
-    set.set_ind(0);
-    set.set_ind(1);
-    set.set_ind(3);
+    const ds_bitvec set = gene_set({0, 1, 3});
     std::ostringstream out;
     EXPECT_EQ(a.score_set(set, &out, 0), 4.0f);
     EXPECT_EQ(out.str(), "0\t2\n1\t2\n");
@@ -148,16 +144,9 @@ TEST(ASAPCalc, TablesFromAnAssessmentAndItsFile) {
     std::unique_ptr<BicExpScoreAssess> as;
     {
         Quiet q;
-        ds_bitvec genes(5);
-        for (int g = 0; g < 4; ++g)
-            genes.set_ind(g);
         as.reset(new BicExpScoreAssess(
-            *h.g, *h.w, genes,
-            bic_options(
-                "[T]\nNumAssessSamp = 8\nNumGlobAssessSamp = 2\nAssessMaxVars = 4\nExpGroupForTypic = 0\n"
-                "GeneGroups = { i 2\n0 1\n}\nStatTable = " +
-                stat + "\nGlobStatTable = " + dir.path() + "/g.tab\n"),
-            "T"));
+            *h.g, *h.w, gene_set({0, 1, 2, 3}),
+            bic_options(assess_text("T", 8, 2, 4, "0 1", stat, dir.path() + "/g.tab")), "T"));
     }
     ASAPCalc a(*h.g, *h.w, asap_options(0, 4, 2), "A", nullptr);
     a.init_from_assess(*as);
@@ -198,10 +187,8 @@ TEST(ASAPCalc, TablesFromAnAssessmentAndItsFile) {
 TEST(ASAPCalcDeath, FatalPaths) {
     AssessHand h;
     for (const std::string key : {"VarGroup", "AssessMaxVars", "NodeMaxScore", "Logit"}) {
-        std::string text = "[D]\nVarGroup = 0\nAssessMaxVars = 3\nNodeMaxScore = 2\nLogit = 0\n";
-        const size_t at = text.find(key + " = ");
-        text.erase(at, text.find('\n', at) - at + 1);
-        options& o = bic_options(text);
+        options& o = bic_options(
+            without_key("[D]\nVarGroup = 0\nAssessMaxVars = 3\nNodeMaxScore = 2\nLogit = 0\n", key));
         EXPECT_DEATH({ ASAPCalc a(*h.g, *h.w, o, "D", nullptr); },
                      "options\\([0-9]+\\): option does not exists: D::" + key);
     }

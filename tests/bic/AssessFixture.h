@@ -35,4 +35,25 @@ struct AssessHand {
     std::unique_ptr<PairTable> pairs;
 };
 
+inline ds_bitvec gene_set(const std::vector<int>& genes, int width = 5) {
+    ds_bitvec s(width);
+    for (int g : genes)
+        s.set_ind(g);
+    return s;
+}
+
+// An assessment scope: samples per condition and global, the largest set, the gene groups, the tables.
+inline std::string assess_text(const std::string& scope, int samp, int glob, int max_vars,
+                               const std::string& groups, const std::string& stat = "",
+                               const std::string& glob_path = "") {
+    std::string t = "[" + scope + "]\nNumAssessSamp = " + std::to_string(samp) +
+                    "\nNumGlobAssessSamp = " + std::to_string(glob) +
+                    "\nAssessMaxVars = " + std::to_string(max_vars) + "\nExpGroupForTypic = 0\nLogit = 0\n";
+    if (!groups.empty())
+        t += "GeneGroups = { i 2\n" + groups + "\n}\n";
+    if (!stat.empty())
+        t += "StatTable = " + stat + "\nGlobStatTable = " + glob_path + "\n";
+    return t;
+}
+
 #endif

@@ -39,6 +39,12 @@ inline options& bic_options(const std::string& text) {
     return *keep->back();
 }
 
+// `text` without the line of `key`.
+inline std::string without_key(std::string text, const std::string& key) {
+    const size_t at = text.find(key + " = ");
+    return text.erase(at, text.find('\n', at) - at + 1);
+}
+
 // Swallows the error stream while alive; death tests must not use it (they read that stream).
 struct Quiet {
     explicit Quiet(bool on = true) : m_on(on) {

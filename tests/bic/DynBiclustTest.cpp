@@ -194,18 +194,18 @@ TEST(DynBiclust, RandomChangesKeepScoreAndHeapExact) {
         const int op = pick(0, 100);
         const std::vector<int> in_e = members(b.m_exps), in_v = members(b.m_vars);
         bool heap_synced = true;
+        // A node of [lo, hi) not yet in `set`.
+        const auto fresh = [&](const ds_bitvec& set, int lo, int hi) {
+            int x;
+            do
+                x = pick(lo, hi);
+            while (set.get_ind(x));
+            return x;
+        };
         if (op < 30 && in_v.size() < 70) {
-            int v;
-            do
-                v = pick(g.m_max_exp_node, g.m_node_count);
-            while (b.m_vars.get_ind(v));
-            b.add_var_node(v);
+            b.add_var_node(fresh(b.m_vars, g.m_max_exp_node, g.m_node_count));
         } else if (op < 45 && in_e.size() < 16) {
-            int e;
-            do
-                e = pick(0, g.m_max_exp_node);
-            while (b.m_exps.get_ind(e));
-            b.add_exp_node(e);
+            b.add_exp_node(fresh(b.m_exps, 0, g.m_max_exp_node));
         } else if (op < 70 && !in_v.empty()) {
             b.del_var_node(in_v[pick(0, static_cast<int>(in_v.size()))]);
         } else if (op < 85 && !in_e.empty()) {
@@ -237,22 +237,18 @@ TEST(DynBiclust, RandomChangesKeepScoreAndHeapExact) {
             const ExpVarBiclust copy(b);
             b.set_to_bic(copy); // the way back in step with the observers
         }
+        // Conditions share one heap, their keys scaled by the cost factors; a variable sits on the
+        // heap of its bin, the one of the outside or of the inside, and on no other.
         const std::vector<int> now_e = members(b.m_exps), now_v = members(b.m_vars);
-        for (int e = 0; e < g.m_max_exp_node; ++e) {
-            const double m = pt.exp_margin(now_v, e, &mag);
-            const double key = b.m_exps.get_ind(e) ? 1.5 * m : -0.75 * m;
-            ASSERT_TRUE(opt.m_heap.is_used(2 * B, e)) << "step " << step << " exp node " << e;
-            ASSERT_NEAR(opt.m_heap.value(2 * B, e), key, 1e-4 * (mag + 1))
-                << "step " << step << " exp node " << e;
-        }
-        for (int v = g.m_max_exp_node; v < g.m_node_count; ++v) {
-            const double m = pt.var_margin(now_e, v, &mag);
-            const bool in = b.m_vars.get_ind(v);
-            const int heap = 2 * s.wgt->get_var_node_bin(v) + (in ? 1 : 0);
-            ASSERT_TRUE(opt.m_heap.is_used(heap, v) && !opt.m_heap.is_used(heap ^ 1, v))
-                << "step " << step << " node " << v;
-            ASSERT_NEAR(opt.m_heap.value(heap, v), in ? m : -m, 1e-4 * (mag + 1))
-                << "step " << step << " node " << v;
+        for (int n = 0; n < g.m_node_count; ++n) {
+            const bool ex = n < g.m_max_exp_node, in = (ex ? b.m_exps : b.m_vars).get_ind(n);
+            const double m = ex ? pt.exp_margin(now_v, n, &mag) : pt.var_margin(now_e, n, &mag);
+            const int heap = ex ? 2 * B : 2 * s.wgt->get_var_node_bin(n) + in;
+            ASSERT_TRUE(opt.m_heap.is_used(heap, n) && (ex || !opt.m_heap.is_used(heap ^ 1, n)))
+                << "step " << step << " node " << n;
+            ASSERT_NEAR(opt.m_heap.value(heap, n), ex ? (in ? 1.5 * m : -0.75 * m) : (in ? m : -m),
+                        1e-4 * (mag + 1))
+                << "step " << step << " node " << n;
         }
     }
     EXPECT_GT(checked_verify, 1000);
