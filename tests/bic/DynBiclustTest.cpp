@@ -83,7 +83,8 @@ TEST(ExpVarBiclust, VerifyReportsADriftedScore) {
     EXPECT_TRUE(b.verify());
 }
 
-// Records each event with the edge it is about and whether the node is already in place.
+// Records each event as its code, ":edge" after the codes of edge events; and whether the node is
+// already in place when a variable is added.
 struct Recorder {
     explicit Recorder(DynBiclust& b) : bic(b) {
         for (int code = 0; code < 7 + 3 * 7; ++code)
@@ -91,14 +92,20 @@ struct Recorder {
     }
     void on(int code) {
         const bool edge_event = code >= 7 && (code - 7) % 3 != 0;
-        seen.push_back({code, edge_event ? bic.m_cur_edge : -1});
+        seen += (seen.empty() ? "" : " ") + std::to_string(code) +
+                (edge_event ? ":" + std::to_string(bic.m_cur_edge) : "");
         if (code == 1)
             in_place.push_back(bic.m_vars.get_ind(bic.m_cur_var_node));
         if (code == 0)
             score_at_reset = bic.m_score;
     }
+    std::string take() {
+        std::string t;
+        t.swap(seen);
+        return t;
+    }
     DynBiclust& bic;
-    std::vector<std::pair<int, int>> seen;
+    std::string seen;
     std::vector<bool> in_place;
     float score_at_reset = 0.0f;
 };
@@ -107,39 +114,24 @@ TEST(DynBiclust, RaisesEveryEventInOrder) {
     Hand h;
     DynBiclust b(*h.g, *h.w);
     Recorder r(b);
-    using P = std::pair<int, int>;
     b.add_exp_node(0); // out-edges e0 (to 3), e1 (4), e5 (6): codes 8 + 3k of the variables
-    EXPECT_EQ(r.seen, (std::vector<P>{{2, -1}, {7, -1}, {17, 0}, {20, 1}, {26, 5}}));
-    r.seen.clear();
+    EXPECT_EQ(r.take(), "2 7 17:0 20:1 26:5");
     b.add_var_node(3); // in-edges e0 (from 0), e2 (from 1, outside): codes 8 + 3k of the conditions
-    EXPECT_EQ(r.seen, (std::vector<P>{{1, -1}, {16, -1}, {8, 0}, {11, 2}}));
+    EXPECT_EQ(r.take(), "1 16 8:0 11:2");
     EXPECT_EQ(r.in_place, std::vector<bool>{true});
     EXPECT_EQ(b.m_cur_var_bin, 0);
-    r.seen.clear();
     ExpVarBiclust saved(*h.g, *h.w);
     b.remember(saved);
     b.del_var_node(3);
     b.del_exp_node(0);
     b.revert(saved);
-    EXPECT_EQ(r.seen, (std::vector<P>{{5, -1},
-                                      {3, -1},
-                                      {16, -1},
-                                      {9, 0},
-                                      {12, 2},
-                                      {4, -1},
-                                      {7, -1},
-                                      {18, 0},
-                                      {21, 1},
-                                      {27, 5},
-                                      {6, -1}}));
+    EXPECT_EQ(r.take(), "5 3 16 9:0 12:2 4 7 18:0 21:1 27:5 6");
     EXPECT_TRUE(b == saved);
     EXPECT_EQ(b.m_score, 2.0f);
-    r.seen.clear();
-    b.set_to_bic(make_bic(*h.g, *h.w, {2},
-                          {6})); // reset first (raised before the reset), then conditions, then variables
+    // Reset first (raised before the reset), then conditions, then variables.
+    b.set_to_bic(make_bic(*h.g, *h.w, {2}, {6}));
     EXPECT_EQ(r.score_at_reset, 2.0f);
-    EXPECT_EQ(r.seen,
-              (std::vector<P>{{0, -1}, {2, -1}, {13, -1}, {26, 4}, {1, -1}, {25, -1}, {14, 4}, {8, 5}}));
+    EXPECT_EQ(r.take(), "0 2 13 26:4 1 25 14:4 8:5");
     EXPECT_EQ(b.m_score, 0.5f);
 }
 

@@ -10,13 +10,11 @@
 namespace {
 
 std::unique_ptr<SpeciesConservTree> conserv(SpeciesPhylogeny& tree, float thr, const std::string& table) {
-    testing::internal::CaptureStderr();
-    auto c = std::make_unique<SpeciesConservTree>(tree, thr);
+    std::vector<HomRec> recs;
     std::istringstream in(table);
-    c->read_table(in);
-    c->recalc();
-    testing::internal::GetCapturedStderr();
-    return c;
+    for (HomRec r; in >> r.sa >> r.ga >> r.sb >> r.gb >> r.score;)
+        recs.push_back(r);
+    return ortho_conserv(tree, thr, recs);
 }
 
 TEST(SpeciesHomologyGraph, KeepsOwnOrderedPairWithoutThreshold) {
@@ -130,15 +128,9 @@ TEST(SpeciesConservTree, RandomTablesMatchBruteForce) {
         for (int i = 0; i < n; ++i)
             if (!rt.inner[i])
                 species.push_back(i);
-        const float thr = 0.5f;
-        struct Rec {
-            int sa, ga, sb, gb;
-            float score;
-        };
-        std::vector<Rec> recs;
-        std::ostringstream table;
+        std::vector<HomRec> recs;
         for (int k = 0; k < 40; ++k) {
-            Rec r;
+            HomRec r;
             r.sa = species[rng() % species.size()];
             r.sb = species[rng() % species.size()];
             r.ga = int(rng() % rt.genes[r.sa]);
@@ -146,9 +138,8 @@ TEST(SpeciesConservTree, RandomTablesMatchBruteForce) {
             // Scores on a grid of tenths so that some equal the threshold.
             r.score = float(rng() % 11) / 10.0f;
             recs.push_back(r);
-            table << r.sa << " " << r.ga << " " << r.sb << " " << r.gb << " " << r.score << "\n";
         }
-        auto c = conserv(*tree, thr, table.str());
+        auto c = ortho_conserv(*tree, 0.5f, recs);
         // Brute force: at an inner node, each leaf lies below the left child, the right child, or
         // elsewhere; a kept record whose two species lie on different sides marks both genes.
         for (int node = 0; node < n; ++node) {
@@ -167,11 +158,7 @@ TEST(SpeciesConservTree, RandomTablesMatchBruteForce) {
                             return int(k);
                     return 2;
                 };
-                for (const Rec& r : recs)
-                    if (r.score < 0.5f && side(r.sa) != side(r.sb)) {
-                        want[r.sa].insert(r.ga);
-                        want[r.sb].insert(r.gb);
-                    }
+                want = ortho_brute(recs, n, 0.5f, side);
             }
             for (int s : species)
                 EXPECT_EQ(ortho_bits(c->m_conserv[node][s]), want[s])
