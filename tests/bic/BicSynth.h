@@ -211,18 +211,18 @@ inline ExpVarBiclust make_bic(const ExpVarGraphBase& g, WgtSchemeBase& w, const 
     return b;
 }
 
-// A hand graph with one bin, every non-edge weighing `non_edge` and the edges their given weights;
-// `conds` conditions and `genes` genes.
-struct OneBin {
-    OneBin(const std::vector<int>& exp_groups, const std::vector<int>& var_groups, const Edges& edges,
-           float non_edge, int genes, int conds, int max_var_group)
+// A hand graph of `genes` genes and conditions c0, c1, ... of `conds`: the graph's edges weigh 1, the
+// scheme's edges the given weights; nodes in the given bins (all in bin 0 if none are given).
+struct HandFix {
+    HandFix(int genes, int conds, const std::vector<int>& exp_groups, const std::vector<int>& var_groups,
+            const Edges& edges, int max_var_group, std::vector<int> bins = {}, int bin_num = 1)
         : d(genes, nullptr, cond_key(conds), "") {
         Edges unit;
         for (const auto& e : edges)
             unit.emplace_back(std::get<0>(e), std::get<1>(e), 1.0f);
         g.reset(hand_graph(d, exp_groups, var_groups, unit, max_var_group));
-        w.reset(new HandWgt(*g, std::vector<int>(g->m_node_count, 0), 1));
-        w->m_non_edge[0].assign(w->m_non_edge[0].size(), non_edge);
+        bins.resize(g->m_node_count, 0);
+        w.reset(new HandWgt(*g, bins, bin_num));
         for (size_t i = 0; i < edges.size(); ++i)
             w->m_edge_w[i] = std::get<2>(edges[i]);
     }
@@ -232,6 +232,15 @@ struct OneBin {
     BicData d;
     std::unique_ptr<ExpVarGraphACO> g;
     std::unique_ptr<HandWgt> w;
+};
+
+// One bin, every non-edge weighing `non_edge`.
+struct OneBin : HandFix {
+    OneBin(const std::vector<int>& exp_groups, const std::vector<int>& var_groups, const Edges& edges,
+           float non_edge, int genes, int conds, int max_var_group)
+        : HandFix(genes, conds, exp_groups, var_groups, edges, max_var_group) {
+        w->m_non_edge[0].assign(w->m_non_edge[0].size(), non_edge);
+    }
 };
 
 #endif

@@ -14,18 +14,14 @@ namespace {
 // Edges: e0 0-3 (weight 2), e1 0-4 (1.5), e2 1-3 (1), e3 1-5 (3), e4 2-6 (0.5), e5 0-6 (1).
 // Non-edge weights, bin 0: -1, -0.5, -0.25 and bin 1: -2, -1, -0.5 for condition nodes 0, 1, 2.
 // Node 5 carries an own weight of 0.25.
-struct Hand {
-    Hand() : d(4, nullptr, "0 c0 x 0 1 0\n1 c1 x 0 1 0\n", "") {
-        g.reset(hand_graph(d, {0, 0, 1}, {0, 0, 0, 0}, edges_of("0-3 0-4 1-3 1-5 2-6 0-6")));
-        w.reset(new HandWgt(*g, {0, 0, 0, 0, 0, 1, 1}, 2));
+struct Hand : HandFix {
+    Hand()
+        : HandFix(4, 2, {0, 0, 1}, {0, 0, 0, 0}, edges_of("0-3:2 0-4:1.5 1-3 1-5:3 2-6:0.5 0-6"), 0,
+                  {0, 0, 0, 0, 0, 1, 1}, 2) {
         w->m_non_edge = {{-1.0f, -0.5f, -0.25f}, {-2.0f, -1.0f, -0.5f}};
         w->m_edge = {{2.0f, 2.0f, 2.0f}, {3.0f, 3.0f, 3.0f}};
-        w->m_edge_w = {2.0f, 1.5f, 1.0f, 3.0f, 0.5f, 1.0f};
         w->m_var_w[5] = 0.25f;
     }
-    BicData d;
-    std::unique_ptr<ExpVarGraphACO> g;
-    std::unique_ptr<HandWgt> w;
 };
 
 TEST(ExpVarBiclust, ScoreMarginsAndTablesByHand) {
