@@ -23,6 +23,16 @@ options& asap_options(int var_group, int max_vars, int cap, const std::string& s
                        "\nNodeMaxScore = " + std::to_string(cap) + "\nLogit = 0\n");
 }
 
+// The scored conditions as "condition/group" entries.
+std::string conds_of(const ASAPCalc& a) {
+    std::vector<int> conds, groups;
+    a.get_conds(conds, groups);
+    std::string out;
+    for (size_t i = 0; i < conds.size(); ++i)
+        out += (i ? " " : "") + std::to_string(conds[i]) + "/" + std::to_string(groups.at(i));
+    return out;
+}
+
 std::vector<float> margins(const ASAPCalc& a) {
     std::vector<float> out;
     for (const BicChangeExpObs& o : a.m_obs)
@@ -46,10 +56,7 @@ TEST(ASAPCalc, ScoresByHandWithBarCapAndBestOrientation) {
     // scores keep the first group.
     a.score(nullptr, 0);
     EXPECT_EQ(a.m_score, 4.0f);
-    std::vector<int> conds, groups;
-    a.get_conds(conds, groups);
-    EXPECT_EQ(conds, (std::vector<int>{0, 1}));
-    EXPECT_EQ(groups, (std::vector<int>{0, 0}));
+    EXPECT_EQ(conds_of(a), "0/0 1/0");
 
     // Node 0: (2 - 0.5) / (2 - 0.5) = 1; node 3: (2.25 - 0.25) / (1 - 0.25) = 2.67, capped at 2;
     // node 1 sits exactly at the bar 1.25 = max2 + 0.001 and counts for nothing.
@@ -63,9 +70,7 @@ TEST(ASAPCalc, ScoresByHandWithBarCapAndBestOrientation) {
     EXPECT_EQ(a.m_score, 2.0f);
     EXPECT_EQ(a.m_max_node_score, 2.0f);
     EXPECT_EQ(out.str(), "0\t2\n");
-    a.get_conds(conds, groups);
-    EXPECT_EQ(conds, (std::vector<int>{0}));
-    EXPECT_EQ(groups, (std::vector<int>{1}));
+    EXPECT_EQ(conds_of(a), "0/1");
 
     // Just under the bar c1 counts: 1.25 / 2.
     a.m_exp_max2(1, 2) = 1.2485f;
@@ -94,8 +99,7 @@ TEST(ASAPCalc, ScoresByHandWithBarCapAndBestOrientation) {
 // {0,1,2,3} 3.0.
 TEST(ASAPCalc, LastColumnAndScalingOfLargeSets) {
     AssessHand h;
-    ds_bitvec focus(5);
-    focus.set_ind(0);
+    ds_bitvec focus = gene_set({0});
     ASAPCalc a(*h.g, *h.w, asap_options(0, 3, 5), "A", &focus);
     std::istringstream tab("0 2 0 3 1\n0 3 0.25 3.25 1\n");
     a.read_score_stat(tab);
@@ -110,9 +114,7 @@ TEST(ASAPCalc, LastColumnAndScalingOfLargeSets) {
     EXPECT_EQ(a.m_score, 0.5f);
     // Only the focus node is observed and scored: node 1 (margin above 0 with all-0 cells) doesn't count.
     EXPECT_FALSE(a.m_obs[1].attached());
-    std::vector<int> conds, groups;
-    a.get_conds(conds, groups);
-    EXPECT_EQ(conds, (std::vector<int>{0}));
+    EXPECT_EQ(conds_of(a), "0/0");
 }
 
 TEST(ASAPCalc, ScoreSetReplacesTheSet) {
@@ -122,16 +124,11 @@ TEST(ASAPCalc, ScoreSetReplacesTheSet) {
     // Empty set: 0 and no conditions.
     ds_bitvec none(5);
     EXPECT_EQ(a.score_set(none, nullptr, 0), 0.0f);
-    std::vector<int> conds, groups;
-    a.get_conds(conds, groups);
-    EXPECT_TRUE(conds.empty());
+    EXPECT_EQ(conds_of(a), "");
     EXPECT_EQ(a.m_count, 0);
 
     // Genes 0, 1 in VarGroup 1, as in the first test; gene 3 has no node in group 1 and is passed over.
-    ds_bitvec set(5);
-    set.set_ind(0);
-    set.set_ind(1);
-    set.set_ind(3);
+    const ds_bitvec set = gene_set({0, 1, 3});
     std::ostringstream out;
     EXPECT_EQ(a.score_set(set, &out, 0), 4.0f);
     EXPECT_EQ(out.str(), "0\t2\n1\t2\n");
@@ -148,16 +145,9 @@ TEST(ASAPCalc, TablesFromAnAssessmentAndItsFile) {
     std::unique_ptr<BicExpScoreAssess> as;
     {
         Quiet q;
-        ds_bitvec genes(5);
-        for (int g = 0; g < 4; ++g)
-            genes.set_ind(g);
         as.reset(new BicExpScoreAssess(
-            *h.g, *h.w, genes,
-            bic_options(
-                "[T]\nNumAssessSamp = 8\nNumGlobAssessSamp = 2\nAssessMaxVars = 4\nExpGroupForTypic = 0\n"
-                "GeneGroups = { i 2\n0 1\n}\nStatTable = " +
-                stat + "\nGlobStatTable = " + dir.path() + "/g.tab\n"),
-            "T"));
+            *h.g, *h.w, gene_set({0, 1, 2, 3}),
+            bic_options(assess_text("T", 8, 2, 4, "0 1", stat, dir.path() + "/g.tab")), "T"));
     }
     ASAPCalc a(*h.g, *h.w, asap_options(0, 4, 2), "A", nullptr);
     a.init_from_assess(*as);
@@ -198,10 +188,8 @@ TEST(ASAPCalc, TablesFromAnAssessmentAndItsFile) {
 TEST(ASAPCalcDeath, FatalPaths) {
     AssessHand h;
     for (const std::string key : {"VarGroup", "AssessMaxVars", "NodeMaxScore", "Logit"}) {
-        std::string text = "[D]\nVarGroup = 0\nAssessMaxVars = 3\nNodeMaxScore = 2\nLogit = 0\n";
-        const size_t at = text.find(key + " = ");
-        text.erase(at, text.find('\n', at) - at + 1);
-        options& o = bic_options(text);
+        options& o = bic_options(
+            without_key("[D]\nVarGroup = 0\nAssessMaxVars = 3\nNodeMaxScore = 2\nLogit = 0\n", key));
         EXPECT_DEATH({ ASAPCalc a(*h.g, *h.w, o, "D", nullptr); },
                      "options\\([0-9]+\\): option does not exists: D::" + key);
     }

@@ -17,29 +17,39 @@
 //   bin 2: -0.5 -0.5 -0.5 -0.25 -0.25
 // Edges (weight): 0-5 (2), 0-6 (1.5), 1-7 (1), 3-9 (2.5), 4-8 (1.25), 1-10 (1.75), 0-9 (2.5).
 // Node 2 (c2) has no edge and -0.5 to everything: its sums are the same in every sample.
-struct AssessHand {
-    AssessHand() : d(5, nullptr, "0 c0 x 0 1 0\n1 c1 x 0 1 0\n2 c2 x 0 1 0\n", "") {
-        g.reset(hand_graph(d, {0, 0, 0, 1, 1}, {0, 0, 0, 0, 1, 1},
-                           {{0, 5, 1.0f},
-                            {0, 6, 1.0f},
-                            {1, 7, 1.0f},
-                            {3, 9, 1.0f},
-                            {4, 8, 1.0f},
-                            {1, 10, 1.0f},
-                            {0, 9, 1.0f}},
-                           2));
-        w.reset(new HandWgt(*g, {0, 0, 0, 0, 0, 0, 0, 1, 1, 2, 2}, 3));
+struct AssessHand : HandFix {
+    AssessHand()
+        : HandFix(5, 3, {0, 0, 0, 1, 1}, {0, 0, 0, 0, 1, 1},
+                  edges_of("0-5:2 0-6:1.5 1-7 3-9:2.5 4-8:1.25 1-10:1.75 0-9:2.5"), 2,
+                  {0, 0, 0, 0, 0, 0, 0, 1, 1, 2, 2}, 3) {
         w->m_non_edge = {{-0.5f, -0.25f, -0.5f, -0.25f, -0.5f},
                          {-0.25f, -0.5f, -0.5f, -0.5f, -0.25f},
                          {-0.5f, -0.5f, -0.5f, -0.25f, -0.25f}};
         w->m_edge = {{1, 1, 1, 1, 1}, {1, 1, 1, 1, 1}, {1, 1, 1, 1, 1}};
-        w->m_edge_w = {2.0f, 1.5f, 1.0f, 2.5f, 1.25f, 1.75f, 2.5f};
         pairs.reset(new PairTable(*g, *w));
     }
-    BicData d;
-    std::unique_ptr<ExpVarGraphACO> g;
-    std::unique_ptr<HandWgt> w;
     std::unique_ptr<PairTable> pairs;
 };
+
+inline ds_bitvec gene_set(const std::vector<int>& genes, int width = 5) {
+    ds_bitvec s(width);
+    for (int g : genes)
+        s.set_ind(g);
+    return s;
+}
+
+// An assessment scope: samples per condition and global, the largest set, the gene groups, the tables.
+inline std::string assess_text(const std::string& scope, int samp, int glob, int max_vars,
+                               const std::string& groups, const std::string& stat = "",
+                               const std::string& glob_path = "") {
+    std::string t = "[" + scope + "]\nNumAssessSamp = " + std::to_string(samp) +
+                    "\nNumGlobAssessSamp = " + std::to_string(glob) +
+                    "\nAssessMaxVars = " + std::to_string(max_vars) + "\nExpGroupForTypic = 0\nLogit = 0\n";
+    if (!groups.empty())
+        t += "GeneGroups = { i 2\n" + groups + "\n}\n";
+    if (!stat.empty())
+        t += "StatTable = " + stat + "\nGlobStatTable = " + glob_path + "\n";
+    return t;
+}
 
 #endif

@@ -16,24 +16,10 @@ namespace {
 
 const float kMax = 3.4028235e+38f;
 
-std::string assess_text(const std::string& scope, int samp, int glob, int max_vars, const std::string& groups,
-                        const std::string& stat = "", const std::string& glob_path = "") {
-    std::string t = "[" + scope + "]\nNumAssessSamp = " + std::to_string(samp) +
-                    "\nNumGlobAssessSamp = " + std::to_string(glob) +
-                    "\nAssessMaxVars = " + std::to_string(max_vars) + "\nExpGroupForTypic = 0\nLogit = 0\n";
-    if (!groups.empty())
-        t += "GeneGroups = { i 2\n" + groups + "\n}\n";
-    if (!stat.empty())
-        t += "StatTable = " + stat + "\nGlobStatTable = " + glob_path + "\n";
-    return t;
-}
-
-ds_bitvec gene_set(const std::vector<int>& genes, int width = 5) {
-    ds_bitvec s(width);
-    for (int g : genes)
-        s.set_ind(g);
-    return s;
-}
+// The node standing for each gene (the first listed group: margins 1.5 against 1.25 for gene 0, equal
+// for gene 1), and the nodes of each condition.
+const std::vector<int> kTypical = {9, 6, 7, 8, -1};
+const std::vector<std::vector<int>> kCondNodes = {{0, 3}, {1, 4}, {2}};
 
 // The largest and second largest of a list, the second -3.4028235e+38 for a single value.
 void top_two(std::vector<double> vals, double& max1, double& max2) {
@@ -44,6 +30,20 @@ void top_two(std::vector<double> vals, double& max1, double& max2) {
 
 // The assessment recomputed from pair weights: the same urn and the same draws, sums in double.
 struct Replay {
+    // One sample from a fresh draw order of `urn`: per count of variables drawn, the best margin of
+    // the condition's nodes.
+    static std::vector<double> sample(const AssessHand& h, UniformUrn& urn, const std::vector<int>& typical,
+                                      const std::vector<int>& nodes, int max_vars) {
+        urn.reset();
+        std::vector<int> drawn;
+        std::vector<double> best(max_vars, -1e300);
+        for (int count = 1; count < max_vars; ++count) {
+            drawn.push_back(typical[urn.draw()]);
+            for (int n : nodes)
+                best[count] = std::max(best[count], h.pairs->exp_margin(drawn, n));
+        }
+        return best;
+    }
     // `typical`: the node standing for each gene; `cond_nodes`: the nodes of each condition.
     Replay(const AssessHand& h, const std::vector<int>& vars, const std::vector<int>& typical,
            const std::vector<std::vector<int>>& cond_nodes, int max_vars, int samp, int glob, int seed) {
@@ -55,15 +55,9 @@ struct Replay {
             std::vector<std::vector<double>> vals(max_vars);
             UniformUrn urn(vars);
             for (int s = 0; s < samp; ++s) {
-                urn.reset();
-                std::vector<int> drawn;
-                for (int count = 1; count < max_vars; ++count) {
-                    drawn.push_back(typical[urn.draw()]);
-                    double best = -1e300;
-                    for (int n : cond_nodes[e])
-                        best = std::max(best, h.pairs->exp_margin(drawn, n));
-                    vals[count].push_back(best);
-                }
+                const std::vector<double> best = sample(h, urn, typical, cond_nodes[e], max_vars);
+                for (int count = 1; count < max_vars; ++count)
+                    vals[count].push_back(best[count]);
             }
             for (int count = 1; count < max_vars; ++count) {
                 double sum = 0;
@@ -167,7 +161,7 @@ TEST(BicExpScoreAssess, TablesMatchReplayOfTheSameDraws) {
             EXPECT_NE(err.find("vars to samp 4"), std::string::npos);
         }
         ASSERT_EQ(a->m_max_vars, 4);
-        const Replay r(h, {0, 1, 2, 3}, {9, 6, 7, 8, -1}, {{0, 3}, {1, 4}, {2}}, 4, samp, nglob, seed);
+        const Replay r(h, {0, 1, 2, 3}, kTypical, kCondNodes, 4, samp, nglob, seed);
 
         ASSERT_EQ(a->m_exp_avg.rows(), 3);
         ASSERT_EQ(a->m_exp_avg.cols(), 5);
@@ -266,16 +260,8 @@ TEST(BicExpScoreAssess, SmallVariableSetsAndSamplerCheck) {
             const float got = a.test(e);
             Random::reset(40 + e);
             UniformUrn urn(std::vector<int>{0, 1, 2, 3});
-            const std::vector<int> typical = {9, 6, 7, 8};
-            const std::vector<std::vector<int>> nodes = {{0, 3}, {1, 4}, {2}};
-            std::vector<int> drawn;
-            double best = -1e300;
-            for (int c = 1; c < 4; ++c) {
-                drawn.push_back(typical[urn.draw()]);
-                for (int n : nodes[e])
-                    best = std::max(best, h.pairs->exp_margin(drawn, n));
-            }
-            EXPECT_EQ(got, static_cast<float>(best)) << e;
+            const std::vector<double> best = Replay::sample(h, urn, kTypical, kCondNodes[e], 4);
+            EXPECT_EQ(got, static_cast<float>(*std::max_element(best.begin(), best.end()))) << e;
         }
         EXPECT_NE(q.done().find("TEST samp max "), std::string::npos);
     }
@@ -297,14 +283,8 @@ TEST(BicExpScoreAssessDeath, RequiredKeys) {
     const std::vector<std::string> keys = {"NumAssessSamp", "NumGlobAssessSamp", "AssessMaxVars",
                                            "ExpGroupForTypic"};
     for (const std::string& key : keys) {
-        std::string text = assess_text("D", 1, 1, 2, "0 1");
-        const size_t at = text.find(key + " = ");
-        text.erase(at, text.find('\n', at) - at + 1);
-        options& o = bic_options(text);
-        EXPECT_DEATH(
-            {
-                BicExpScoreAssess a(*h.g, *h.w, gene_set({0, 1}), o, "D");
-            },
-            "options\\([0-9]+\\): option does not exists: D::" + key);
+        options& o = bic_options(without_key(assess_text("D", 1, 1, 2, "0 1"), key));
+        EXPECT_DEATH(BicExpScoreAssess(*h.g, *h.w, gene_set({0, 1}), o, "D"),
+                     "options\\([0-9]+\\): option does not exists: D::" + key);
     }
 }

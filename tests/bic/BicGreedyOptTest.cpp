@@ -9,15 +9,6 @@
 
 namespace {
 
-std::string greedy_text(const std::string& scope, const std::string& flags, float add = 1.0f,
-                        float del = 1.0f) {
-    std::ostringstream t; // flags: CanDelInitExp, CanAddExp, CanDelExp, CanDelInitVar, Logit
-    t << "[" << scope << "]\nCanDelInitExp = " << flags[0] << "\nCanAddExp = " << flags[1]
-      << "\nCanDelExp = " << flags[2] << "\nCanDelInitVar = " << flags[3] << "\nLogit = " << flags[4]
-      << "\nAddExpCostFactor = " << add << "\nDelExpCostFactor = " << del << "\n";
-    return t.str();
-}
-
 options& greedy_options() {
     static options& o = bic_options(greedy_text("All", "11111") + greedy_text("Frozen", "01111") +
                                     greedy_text("VarsOnly", "00010") + greedy_text("KeepVars", "11100") +
@@ -27,9 +18,9 @@ options& greedy_options() {
 }
 
 // A small graph of three conditions and eight genes with one bin; non-edges weigh `non_edge`.
-OneBin small(const std::vector<int>& exp_groups, const std::vector<int>& var_groups,
-             const std::vector<std::tuple<int, int, float>>& edges, float non_edge = 0.0f) {
-    return OneBin(exp_groups, var_groups, edges, non_edge, 8, 3, 3);
+OneBin small(const std::vector<int>& exp_groups, const std::vector<int>& var_groups, const std::string& edges,
+             float non_edge = 0.0f) {
+    return OneBin(exp_groups, var_groups, edges_of(edges), non_edge, 8, 3, 3);
 }
 
 // Condition 0 has nodes 0 (group 0) and 1 (group 1); variable 0 has nodes 2 (group 0) and 3
@@ -38,7 +29,7 @@ OneBin small(const std::vector<int>& exp_groups, const std::vector<int>& var_gro
 // node 0 delete 1. Node 3 is refused (variable 0 stands in), node 1 too (condition 0 stands in),
 // node 4 is added; then the best delete gains -2 and the walk ends with {0} x {2, 4}, score 2.
 TEST(BicGreedyOpt, WalkByHandRefusesTheOtherOrientation) {
-    OneBin s = small({0, 1}, {0, 1, 0}, {{0, 2, 1.0f}, {1, 2, 2.0f}, {0, 4, 1.0f}, {0, 3, 3.0f}});
+    OneBin s = small({0, 1}, {0, 1, 0}, "0-2 1-2:2 0-4 0-3:3");
     Quiet q;
     BicGreedyOpt opt(*s.g, *s.w, greedy_options(), "All", true);
     ExpVarBiclust b = s.bic({0}, {2});
@@ -67,7 +58,7 @@ TEST(BicGreedyOpt, WalkByHandRefusesTheOtherOrientation) {
 // only its non-edge weight.
 TEST(BicGreedyOpt, StopsAtAGainOfOneHundredThousandth) {
     for (float gain : {0.00001f, 0.000011f}) {
-        OneBin s = small({0}, {0, 0}, {{0, 1, 1.0f}}, gain);
+        OneBin s = small({0}, {0, 0}, "0-1", gain);
         Quiet q;
         BicGreedyOpt opt(*s.g, *s.w, greedy_options(), "Frozen", true);
         ExpVarBiclust b = s.bic({0}, {1});
@@ -80,7 +71,7 @@ TEST(BicGreedyOpt, StopsAtAGainOfOneHundredThousandth) {
 // condition 1 gains 2 but turns node 3's margin to -0.5: with CanDelInitVar 0 the move is refused,
 // otherwise it is made and node 3 then leaves (gain 0.5).
 TEST(BicGreedyOpt, SeedVariablesGuardedWhenTheyCantBeDeleted) {
-    OneBin s = small({0, 0}, {0, 0}, {{0, 2, 2.0f}, {0, 3, 0.5f}, {1, 2, 3.0f}}, -1.0f);
+    OneBin s = small({0, 0}, {0, 0}, "0-2:2 0-3:0.5 1-2:3", -1.0f);
     Quiet q;
     BicGreedyOpt keep(*s.g, *s.w, greedy_options(), "KeepVars", true);
     ExpVarBiclust b = s.bic({0}, {2, 3});
@@ -103,7 +94,7 @@ TEST(BicGreedyOpt, SeedVariablesGuardedWhenTheyCantBeDeleted) {
 // group is 0 or the new group is smaller, else the new one.
 TEST(BicGreedyOpt, DoubleVariablesOfTheSeedAreRepaired) {
     // Variable nodes 1..7: var 0 in groups 0, 1, 2; var 1 in 1, 2; var 2 in 2, 1.
-    OneBin s = small({0}, {0, 1, 2, 1, 2, 2, 1}, {});
+    OneBin s = small({0}, {0, 1, 2, 1, 2, 2, 1}, "");
     Quiet q;
     BicGreedyOpt opt(*s.g, *s.w, greedy_options(), "All", true);
     ExpVarBiclust b = s.bic({0}, {1, 2, 3, 4, 5, 6, 7});
@@ -118,7 +109,7 @@ TEST(BicGreedyOpt, DoubleVariablesOfTheSeedAreRepaired) {
 // Class-bound optimiser: conditions of other classes have no observer, and every variable starts
 // with its own weight as gain.
 TEST(BicGreedyOpt, ClassBoundConditionsAndOwnWeights) {
-    OneBin s = small({0, 0, 0}, {0, 0}, {{0, 3, 1.0f}, {1, 3, 2.0f}, {2, 4, 1.0f}}, -0.5f);
+    OneBin s = small({0, 0, 0}, {0, 0}, "0-3 1-3:2 2-4", -0.5f);
     s.w->m_var_w[4] = 2.0f;
     std::istringstream key("0 a\n1 b\n"), assoc("0 0 0\n0 1 1\n");
     ExpClasses classes(key, assoc, 3); // condition 0 in class 0, 1 in class 1, 2 in none
@@ -174,25 +165,23 @@ struct Planted {
 void expect_local_optimum(const Synth& s, const PairTable& pt, const ExpVarBiclust& b, double tol) {
     const ExpVarGraphBase& g = *s.graph;
     const std::vector<int> exps = PairTable::members(b.m_exps), vars = PairTable::members(b.m_vars);
-    std::set<int> used_e, used_v;
-    for (int e : exps)
-        used_e.insert(g.node_exp(e));
-    for (int v : vars)
-        used_v.insert(g.node_var(v));
-    for (int e = 0; e < g.m_max_exp_node; ++e) {
-        const bool in = b.m_exps.get_ind(e);
-        if (!in && used_e.count(g.node_exp(e)))
-            continue;
-        const double m = pt.exp_margin(vars, e);
-        EXPECT_LE(in ? -m : m, tol) << "condition node " << e;
-    }
-    for (int v = g.m_max_exp_node; v < g.m_node_count; ++v) {
-        const bool in = b.m_vars.get_ind(v);
-        if (!in && used_v.count(g.node_var(v)))
-            continue;
-        const double m = pt.var_margin(exps, v);
-        EXPECT_LE(in ? -m : m, tol) << "variable node " << v;
-    }
+    // Both sides alike: a node's id (condition or variable) and margin against the other side.
+    const auto side = [&](const ds_bitvec& set, int from, int to, auto id, auto margin) {
+        std::set<int> used;
+        for (int n : PairTable::members(set))
+            used.insert(id(n));
+        for (int n = from; n < to; ++n) {
+            const bool in = set.get_ind(n);
+            EXPECT_TRUE((!in && used.count(id(n))) || (in ? -margin(n) : margin(n)) <= tol)
+                << "node " << n << " margin " << margin(n);
+        }
+    };
+    side(
+        b.m_exps, 0, g.m_max_exp_node, [&](int e) { return g.node_exp(e); },
+        [&](int e) { return pt.exp_margin(vars, e); });
+    side(
+        b.m_vars, g.m_max_exp_node, g.m_node_count, [&](int v) { return g.node_var(v); },
+        [&](int v) { return pt.var_margin(exps, v); });
 }
 
 TEST(BicGreedyOpt, RecoversAPlantedModule) {
@@ -252,7 +241,7 @@ TEST(BicGreedyOpt, RecoversAPlantedModule) {
 
 TEST(BicGreedyOptDeath, FatalTexts) {
     // Node 2 has no edge and weighs -1 against condition 0.
-    OneBin s = small({0}, {0, 0}, {{0, 1, 1.0f}}, -1.0f);
+    OneBin s = small({0}, {0, 0}, "0-1", -1.0f);
     {
         BicGreedyOpt opt(*s.g, *s.w, greedy_options(), "KeepVars", true);
         ExpVarBiclust b = s.bic({0}, {1, 2});
@@ -266,7 +255,7 @@ TEST(BicGreedyOptDeath, FatalTexts) {
     }
     {
         // A negative add factor makes condition 1's loss (-1) look like a gain.
-        OneBin n = small({0, 0}, {0}, {{0, 2, 1.0f}}, -1.0f);
+        OneBin n = small({0, 0}, {0}, "0-2", -1.0f);
         BicGreedyOpt opt(*n.g, *n.w, greedy_options(), "Negative", true);
         ExpVarBiclust b = n.bic({0}, {2});
         EXPECT_DEATH(opt.grow(b), R"(BicGreedyOpt\([0-9]+\): Greedy made things worse1 0)");

@@ -17,10 +17,10 @@ const char* kClassAssoc = "0 0 0\n0 0 1\n0 1 2\n0 1 3\n0 1 5\n";
 // Condition nodes 0-5 (conditions 0-5), variable nodes 6-17 (genes 0-11) in three bins. Non-edge
 // weights in [-1, 0), edge weights in [0, 2): the bin-level edge weight (2) bounds them all.
 struct RandGraph {
-    explicit RandGraph(unsigned seed) : d(kGenes, nullptr, key(), "") {
+    explicit RandGraph(unsigned seed) : d(kGenes, nullptr, cond_key(kConds), "") {
         std::mt19937 rng(seed);
         std::uniform_real_distribution<float> u(0.0f, 1.0f);
-        std::vector<std::tuple<int, int, float>> edges;
+        Edges edges;
         for (int e = 0; e < kConds; ++e)
             for (int v = kConds; v < kConds + kGenes; ++v)
                 if (u(rng) < 0.4f)
@@ -42,12 +42,6 @@ struct RandGraph {
         vars.set_size(kGenes);
         for (int gene = 0; gene < kGenes; gene += 2)
             vars.set_ind(gene); // the odd genes are the outside set
-    }
-    static std::string key() {
-        std::string k;
-        for (int e = 0; e < kConds; ++e)
-            k += std::to_string(e) + " c x 0 1 0\n";
-        return k;
     }
     BicData d;
     std::unique_ptr<ExpVarGraphACO> g;
@@ -181,9 +175,7 @@ TEST(SeperTrack, TracksAndObserversMatchBruteForce) {
 }
 
 options& seper_options(const std::string& can_del_init_var) {
-    return bic_options(
-        "[S]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = " + can_del_init_var +
-        "\nLogit = 0\nAddExpCostFactor = 1\nDelExpCostFactor = 1\nVarTrackLogit = 0\n");
+    return bic_options(greedy_text("S", "111" + can_del_init_var + "0") + "VarTrackLogit = 0\n");
 }
 
 // Both optimisers end, and the separation they report is that of the bicluster they return.

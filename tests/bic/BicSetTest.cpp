@@ -49,13 +49,10 @@ TEST(BicSet, WrittenTablesReadBackWithGapsAsEmptyActiveBiclusters) {
     EXPECT_EQ(set.m_pat_from[3], -1);
 
     // Lines in reverse order, variables before conditions, trailing junk: the same biclusters.
-    std::vector<std::string> lines;
+    std::string rev;
     std::istringstream all(bicd.str());
     for (std::string line; std::getline(all, line);)
-        lines.push_back(line);
-    std::string rev;
-    for (auto it = lines.rbegin(); it != lines.rend(); ++it)
-        rev += *it + "   \n";
+        rev = line + "   \n" + rev;
     std::istringstream k2(bick.str() + "junk 1\n7 2.5\n"), d2(rev + "x\n0 1 3 0 0.0\n");
     BicSet again(*f.s.graph, *f.s.wgt);
     again.read(k2, d2);

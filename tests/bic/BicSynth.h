@@ -54,6 +54,16 @@ inline options& synth_options() {
     return *o;
 }
 
+// An optimiser scope; flags: CanDelInitExp, CanAddExp, CanDelExp, CanDelInitVar, Logit.
+inline std::string greedy_text(const std::string& scope, const std::string& flags = "11110", float add = 1.0f,
+                               float del = 1.0f) {
+    std::ostringstream t;
+    t << "[" << scope << "]\nCanDelInitExp = " << flags[0] << "\nCanAddExp = " << flags[1]
+      << "\nCanDelExp = " << flags[2] << "\nCanDelInitVar = " << flags[3] << "\nLogit = " << flags[4]
+      << "\nAddExpCostFactor = " << add << "\nDelExpCostFactor = " << del << "\n";
+    return t.str();
+}
+
 // Genes shifted by `shift` in some conditions of a synthetic table.
 struct Planting {
     std::vector<int> genes, conds;
@@ -201,27 +211,20 @@ inline ExpVarBiclust make_bic(const ExpVarGraphBase& g, WgtSchemeBase& w, const 
     return b;
 }
 
-// A hand graph with one bin, every non-edge weighing `non_edge` and the edges their given weights;
-// `conds` conditions named c0, c1, ... and `genes` genes.
-struct OneBin {
-    OneBin(const std::vector<int>& exp_groups, const std::vector<int>& var_groups,
-           const std::vector<std::tuple<int, int, float>>& edges, float non_edge, int genes, int conds,
-           int max_var_group)
-        : d(genes, nullptr, key(conds), "") {
-        std::vector<std::tuple<int, int, float>> unit;
+// A hand graph of `genes` genes and conditions c0, c1, ... of `conds`: the graph's edges weigh 1, the
+// scheme's edges the given weights; nodes in the given bins (all in bin 0 if none are given).
+struct HandFix {
+    HandFix(int genes, int conds, const std::vector<int>& exp_groups, const std::vector<int>& var_groups,
+            const Edges& edges, int max_var_group, std::vector<int> bins = {}, int bin_num = 1)
+        : d(genes, nullptr, cond_key(conds), "") {
+        Edges unit;
         for (const auto& e : edges)
             unit.emplace_back(std::get<0>(e), std::get<1>(e), 1.0f);
         g.reset(hand_graph(d, exp_groups, var_groups, unit, max_var_group));
-        w.reset(new HandWgt(*g, std::vector<int>(g->m_node_count, 0), 1));
-        w->m_non_edge[0].assign(w->m_non_edge[0].size(), non_edge);
+        bins.resize(g->m_node_count, 0);
+        w.reset(new HandWgt(*g, bins, bin_num));
         for (size_t i = 0; i < edges.size(); ++i)
             w->m_edge_w[i] = std::get<2>(edges[i]);
-    }
-    static std::string key(int conds) {
-        std::string k;
-        for (int c = 0; c < conds; ++c)
-            k += std::to_string(c) + " c" + std::to_string(c) + " x 0 1 0\n";
-        return k;
     }
     ExpVarBiclust bic(const std::vector<int>& exps, const std::vector<int>& vars) const {
         return make_bic(*g, *w, exps, vars);
@@ -229,6 +232,15 @@ struct OneBin {
     BicData d;
     std::unique_ptr<ExpVarGraphACO> g;
     std::unique_ptr<HandWgt> w;
+};
+
+// One bin, every non-edge weighing `non_edge`.
+struct OneBin : HandFix {
+    OneBin(const std::vector<int>& exp_groups, const std::vector<int>& var_groups, const Edges& edges,
+           float non_edge, int genes, int conds, int max_var_group)
+        : HandFix(genes, conds, exp_groups, var_groups, edges, max_var_group) {
+        w->m_non_edge[0].assign(w->m_non_edge[0].size(), non_edge);
+    }
 };
 
 #endif

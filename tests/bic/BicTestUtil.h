@@ -39,6 +39,12 @@ inline options& bic_options(const std::string& text) {
     return *keep->back();
 }
 
+// `text` without the line of `key`.
+inline std::string without_key(std::string text, const std::string& key) {
+    const size_t at = text.find(key + " = ");
+    return text.erase(at, text.find('\n', at) - at + 1);
+}
+
 // Swallows the error stream while alive; death tests must not use it (they read that stream).
 struct Quiet {
     explicit Quiet(bool on = true) : m_on(on) {
@@ -68,11 +74,43 @@ struct BicData {
     StateDataSetReal data;
 };
 
+// An experiment key of `conds` conditions c0, c1, ... of series 0, weight 1, array type 0.
+inline std::string cond_key(int conds) {
+    std::string k;
+    for (int c = 0; c < conds; ++c)
+        k += std::to_string(c) + " c" + std::to_string(c) + " x 0 1 0\n";
+    return k;
+}
+
+typedef std::vector<std::tuple<int, int, float>> Edges;
+
+// Edges from text, "source-destination" for weight 1 or "source-destination:weight", space separated.
+inline Edges edges_of(const std::string& text) {
+    Edges out;
+    std::istringstream in(text);
+    for (std::string t; in >> t;) {
+        int s = 0, d = 0;
+        float w = 1.0f;
+        char c = 0;
+        std::istringstream f(t);
+        f >> s >> c >> d >> c >> w;
+        out.emplace_back(s, d, w);
+    }
+    return out;
+}
+
+inline std::vector<int> ints(const std::string& text) {
+    std::vector<int> out;
+    std::istringstream in(text);
+    for (int x; in >> x;)
+        out.push_back(x);
+    return out;
+}
+
 // A graph built by hand on `d`: condition nodes by group, variable nodes by group (ids in order),
 // then edges (source, destination, weight) with state 1. Nothing is read under scope "Default".
 inline ExpVarGraphACO* hand_graph(BicData& d, const std::vector<int>& exp_groups,
-                                  const std::vector<int>& var_groups,
-                                  const std::vector<std::tuple<int, int, float>>& edges,
+                                  const std::vector<int>& var_groups, const Edges& edges,
                                   int max_var_group = 0) {
     Quiet q;
     ExpVarGraphACO* g = new ExpVarGraphACO(d.universe, d.data, bic_options(""), "Default", false);

@@ -14,20 +14,14 @@ namespace {
 // Edges: e0 0-3 (weight 2), e1 0-4 (1.5), e2 1-3 (1), e3 1-5 (3), e4 2-6 (0.5), e5 0-6 (1).
 // Non-edge weights, bin 0: -1, -0.5, -0.25 and bin 1: -2, -1, -0.5 for condition nodes 0, 1, 2.
 // Node 5 carries an own weight of 0.25.
-struct Hand {
-    Hand() : d(4, nullptr, "0 c0 x 0 1 0\n1 c1 x 0 1 0\n", "") {
-        g.reset(
-            hand_graph(d, {0, 0, 1}, {0, 0, 0, 0},
-                       {{0, 3, 1.0f}, {0, 4, 1.0f}, {1, 3, 1.0f}, {1, 5, 1.0f}, {2, 6, 1.0f}, {0, 6, 1.0f}}));
-        w.reset(new HandWgt(*g, {0, 0, 0, 0, 0, 1, 1}, 2));
+struct Hand : HandFix {
+    Hand()
+        : HandFix(4, 2, {0, 0, 1}, {0, 0, 0, 0}, edges_of("0-3:2 0-4:1.5 1-3 1-5:3 2-6:0.5 0-6"), 0,
+                  {0, 0, 0, 0, 0, 1, 1}, 2) {
         w->m_non_edge = {{-1.0f, -0.5f, -0.25f}, {-2.0f, -1.0f, -0.5f}};
         w->m_edge = {{2.0f, 2.0f, 2.0f}, {3.0f, 3.0f, 3.0f}};
-        w->m_edge_w = {2.0f, 1.5f, 1.0f, 3.0f, 0.5f, 1.0f};
         w->m_var_w[5] = 0.25f;
     }
-    BicData d;
-    std::unique_ptr<ExpVarGraphACO> g;
-    std::unique_ptr<HandWgt> w;
 };
 
 TEST(ExpVarBiclust, ScoreMarginsAndTablesByHand) {
@@ -85,7 +79,8 @@ TEST(ExpVarBiclust, VerifyReportsADriftedScore) {
     EXPECT_TRUE(b.verify());
 }
 
-// Records each event with the edge it is about and whether the node is already in place.
+// Records each event as its code, ":edge" after the codes of edge events; and whether the node is
+// already in place when a variable is added.
 struct Recorder {
     explicit Recorder(DynBiclust& b) : bic(b) {
         for (int code = 0; code < 7 + 3 * 7; ++code)
@@ -93,14 +88,20 @@ struct Recorder {
     }
     void on(int code) {
         const bool edge_event = code >= 7 && (code - 7) % 3 != 0;
-        seen.push_back({code, edge_event ? bic.m_cur_edge : -1});
+        seen += (seen.empty() ? "" : " ") + std::to_string(code) +
+                (edge_event ? ":" + std::to_string(bic.m_cur_edge) : "");
         if (code == 1)
             in_place.push_back(bic.m_vars.get_ind(bic.m_cur_var_node));
         if (code == 0)
             score_at_reset = bic.m_score;
     }
+    std::string take() {
+        std::string t;
+        t.swap(seen);
+        return t;
+    }
     DynBiclust& bic;
-    std::vector<std::pair<int, int>> seen;
+    std::string seen;
     std::vector<bool> in_place;
     float score_at_reset = 0.0f;
 };
@@ -109,39 +110,24 @@ TEST(DynBiclust, RaisesEveryEventInOrder) {
     Hand h;
     DynBiclust b(*h.g, *h.w);
     Recorder r(b);
-    using P = std::pair<int, int>;
     b.add_exp_node(0); // out-edges e0 (to 3), e1 (4), e5 (6): codes 8 + 3k of the variables
-    EXPECT_EQ(r.seen, (std::vector<P>{{2, -1}, {7, -1}, {17, 0}, {20, 1}, {26, 5}}));
-    r.seen.clear();
+    EXPECT_EQ(r.take(), "2 7 17:0 20:1 26:5");
     b.add_var_node(3); // in-edges e0 (from 0), e2 (from 1, outside): codes 8 + 3k of the conditions
-    EXPECT_EQ(r.seen, (std::vector<P>{{1, -1}, {16, -1}, {8, 0}, {11, 2}}));
+    EXPECT_EQ(r.take(), "1 16 8:0 11:2");
     EXPECT_EQ(r.in_place, std::vector<bool>{true});
     EXPECT_EQ(b.m_cur_var_bin, 0);
-    r.seen.clear();
     ExpVarBiclust saved(*h.g, *h.w);
     b.remember(saved);
     b.del_var_node(3);
     b.del_exp_node(0);
     b.revert(saved);
-    EXPECT_EQ(r.seen, (std::vector<P>{{5, -1},
-                                      {3, -1},
-                                      {16, -1},
-                                      {9, 0},
-                                      {12, 2},
-                                      {4, -1},
-                                      {7, -1},
-                                      {18, 0},
-                                      {21, 1},
-                                      {27, 5},
-                                      {6, -1}}));
+    EXPECT_EQ(r.take(), "5 3 16 9:0 12:2 4 7 18:0 21:1 27:5 6");
     EXPECT_TRUE(b == saved);
     EXPECT_EQ(b.m_score, 2.0f);
-    r.seen.clear();
-    b.set_to_bic(make_bic(*h.g, *h.w, {2},
-                          {6})); // reset first (raised before the reset), then conditions, then variables
+    // Reset first (raised before the reset), then conditions, then variables.
+    b.set_to_bic(make_bic(*h.g, *h.w, {2}, {6}));
     EXPECT_EQ(r.score_at_reset, 2.0f);
-    EXPECT_EQ(r.seen,
-              (std::vector<P>{{0, -1}, {2, -1}, {13, -1}, {26, 4}, {1, -1}, {25, -1}, {14, 4}, {8, 5}}));
+    EXPECT_EQ(r.take(), "0 2 13 26:4 1 25 14:4 8:5");
     EXPECT_EQ(b.m_score, 0.5f);
 }
 
@@ -179,9 +165,7 @@ TEST(DynBiclust, RandomChangesKeepScoreAndHeapExact) {
     Synth s(80, 600, pc, pg, 2.5f, seed, true);
     const ExpVarGraphBase& g = *s.graph;
     PairTable pt(g, *s.wgt);
-    options& o =
-        bic_options("[R]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = 1\nLogit = 0\n"
-                    "AddExpCostFactor = 0.75\nDelExpCostFactor = 1.5\n");
+    options& o = bic_options(greedy_text("R", "11110", 0.75f, 1.5f));
     Quiet q;
     BicGreedyOpt opt(g, *s.wgt, o, "R", true);
     DynBiclust& b = opt.m_bic;
@@ -198,18 +182,18 @@ TEST(DynBiclust, RandomChangesKeepScoreAndHeapExact) {
         const int op = pick(0, 100);
         const std::vector<int> in_e = members(b.m_exps), in_v = members(b.m_vars);
         bool heap_synced = true;
+        // A node of [lo, hi) not yet in `set`.
+        const auto fresh = [&](const ds_bitvec& set, int lo, int hi) {
+            int x;
+            do
+                x = pick(lo, hi);
+            while (set.get_ind(x));
+            return x;
+        };
         if (op < 30 && in_v.size() < 70) {
-            int v;
-            do
-                v = pick(g.m_max_exp_node, g.m_node_count);
-            while (b.m_vars.get_ind(v));
-            b.add_var_node(v);
+            b.add_var_node(fresh(b.m_vars, g.m_max_exp_node, g.m_node_count));
         } else if (op < 45 && in_e.size() < 16) {
-            int e;
-            do
-                e = pick(0, g.m_max_exp_node);
-            while (b.m_exps.get_ind(e));
-            b.add_exp_node(e);
+            b.add_exp_node(fresh(b.m_exps, 0, g.m_max_exp_node));
         } else if (op < 70 && !in_v.empty()) {
             b.del_var_node(in_v[pick(0, static_cast<int>(in_v.size()))]);
         } else if (op < 85 && !in_e.empty()) {
@@ -241,22 +225,18 @@ TEST(DynBiclust, RandomChangesKeepScoreAndHeapExact) {
             const ExpVarBiclust copy(b);
             b.set_to_bic(copy); // the way back in step with the observers
         }
+        // Conditions share one heap, their keys scaled by the cost factors; a variable sits on the
+        // heap of its bin, the one of the outside or of the inside, and on no other.
         const std::vector<int> now_e = members(b.m_exps), now_v = members(b.m_vars);
-        for (int e = 0; e < g.m_max_exp_node; ++e) {
-            const double m = pt.exp_margin(now_v, e, &mag);
-            const double key = b.m_exps.get_ind(e) ? 1.5 * m : -0.75 * m;
-            ASSERT_TRUE(opt.m_heap.is_used(2 * B, e)) << "step " << step << " exp node " << e;
-            ASSERT_NEAR(opt.m_heap.value(2 * B, e), key, 1e-4 * (mag + 1))
-                << "step " << step << " exp node " << e;
-        }
-        for (int v = g.m_max_exp_node; v < g.m_node_count; ++v) {
-            const double m = pt.var_margin(now_e, v, &mag);
-            const bool in = b.m_vars.get_ind(v);
-            const int heap = 2 * s.wgt->get_var_node_bin(v) + (in ? 1 : 0);
-            ASSERT_TRUE(opt.m_heap.is_used(heap, v) && !opt.m_heap.is_used(heap ^ 1, v))
-                << "step " << step << " node " << v;
-            ASSERT_NEAR(opt.m_heap.value(heap, v), in ? m : -m, 1e-4 * (mag + 1))
-                << "step " << step << " node " << v;
+        for (int n = 0; n < g.m_node_count; ++n) {
+            const bool ex = n < g.m_max_exp_node, in = (ex ? b.m_exps : b.m_vars).get_ind(n);
+            const double m = ex ? pt.exp_margin(now_v, n, &mag) : pt.var_margin(now_e, n, &mag);
+            const int heap = ex ? 2 * B : 2 * s.wgt->get_var_node_bin(n) + in;
+            ASSERT_TRUE(opt.m_heap.is_used(heap, n) && (ex || !opt.m_heap.is_used(heap ^ 1, n)))
+                << "step " << step << " node " << n;
+            ASSERT_NEAR(opt.m_heap.value(heap, n), ex ? (in ? 1.5 * m : -0.75 * m) : (in ? m : -m),
+                        1e-4 * (mag + 1))
+                << "step " << step << " node " << n;
         }
     }
     EXPECT_GT(checked_verify, 1000);

@@ -20,14 +20,12 @@ typedef std::pair<int, int> Ends;
 struct RandomGraph {
     RandomGraph(std::uint32_t seed, int conds, int genes) : vs(bic_options(""), "V") {
         std::mt19937 rng(seed);
-        std::ostringstream key, cells;
-        for (int e = 0; e < conds; ++e)
-            key << e << " c x 0 1 0\n";
+        std::ostringstream cells;
         for (int v = 0; v < genes; ++v)
             for (int e = 0; e < conds; ++e)
                 if (const unsigned r = rng() % 10; r < 2)
                     cells << v << " " << e << (r ? " -2\n" : " 2\n");
-        d.reset(new BicData(genes, &vs, key.str(), cells.str()));
+        d.reset(new BicData(genes, &vs, cond_key(conds), cells.str()));
         Quiet q;
         g.reset(
             new ExpVarGraphACO(d->universe, d->data,
@@ -172,57 +170,35 @@ TEST(ExpVarGraphRandomize, RandomizeAllPlacesTheTruncatedCellDegrees) {
 
 TEST(ExpVarGraphRandomize, RandomizeAllStops) {
     const int seed = static_cast<int>(test_seed());
-    BicData d(3, nullptr, "0 c x 0 1 0\n1 c x 0 1 0\n2 c x 0 1 0\n", "");
+    BicData d(3, nullptr, cond_key(3), "");
     struct Case {
-        std::vector<int> exp_groups, var_groups;
-        std::vector<std::tuple<int, int, float>> edges;
+        const char *exp_groups, *var_groups, *edges;
         int max_var_group, edges_left, dest; // dest: of the one edge left
-        std::vector<std::string> parts;      // in the log
+        const char *part1, *part2;           // in the log
         const char* zero_line;               // sampled-zero lines, more than `zeros` of them
         int zeros;
     };
     const Case cases[] = {
         // Condition demand 2 (node 0: 1.2 -> 1, node 1: 1), variable supply 1 (node 2: 1.6 -> 1,
         // node 3: 0.6 -> 0): after one edge only empty variable cells remain.
-        {{0, 0},
-         {0, 0},
-         {{0, 2, 0.6f}, {0, 3, 0.6f}, {1, 2, 1.0f}},
-         0,
-         1,
-         2,
-         {" grp 0 exp_grp_d 1\nfinal edges, 1 E = 2\n"},
-         "sampled zero ",
-         1000},
+        {"0 0", "0 0", "0-2:0.6 0-3:0.6 1-2", 0, 1, 2, " grp 0 exp_grp_d 1\nfinal edges, 1 E = 2\n", "",
+         "sampled zero ", 1000},
         // The only full condition cell (node 0 towards variable group 18) and the only full variable
         // cell (node 5, of group 19) never match. Cell 18 lies past the end of the variable cell
         // array, so no draw of an empty variable cell can clear it.
-        {{0, 0, 0},
-         {18, 18, 19},
-         {{0, 3, 0.5f}, {0, 4, 0.5f}, {1, 5, 0.5f}, {2, 5, 0.5f}},
-         20,
-         0,
-         -1,
-         {"Miss consect breaking, e_count0\n",
-          "exp 0 grp 18 exp_grp_d 1\nvar 5 grp 0 var_grp_d 1\nfinal edges, 0 E = 1\n"},
-         nullptr,
-         0},
+        {"0 0 0", "18 18 19", "0-3:0.5 0-4:0.5 1-5:0.5 2-5:0.5", 20, 0, -1,
+         "Miss consect breaking, e_count0\n",
+         "exp 0 grp 18 exp_grp_d 1\nvar 5 grp 0 var_grp_d 1\nfinal edges, 0 E = 1\n", nullptr, 0},
         // Four variable groups: condition cell 3 is (node 0, group 3), which wants 2 edges; variable
         // cell 3 is node 3, which has none. Once node 1's one edge is placed only empty variable
         // cells are drawn, and drawing cell 3 clears condition cell 3 (the crossed index): from then
         // on every draw of it reports a zero weight.
-        {{0},
-         {3, 3, 3},
-         {{0, 1, 1.0f}, {0, 2, 0.5f}, {0, 3, 0.5f}},
-         4,
-         1,
-         1,
-         {"exp 0 grp 3 exp_grp_d 1\nfinal edges, 1 E = 2\n"},
-         "sampled zero 0\n",
-         900},
+        {"0", "3 3 3", "0-1 0-2:0.5 0-3:0.5", 4, 1, 1, "exp 0 grp 3 exp_grp_d 1\nfinal edges, 1 E = 2\n", "",
+         "sampled zero 0\n", 900},
     };
     for (const Case& c : cases) {
         std::unique_ptr<ExpVarGraphACO> g(
-            hand_graph(d, c.exp_groups, c.var_groups, c.edges, c.max_var_group));
+            hand_graph(d, ints(c.exp_groups), ints(c.var_groups), edges_of(c.edges), c.max_var_group));
         Random::reset(seed);
         Quiet q;
         g->randomize_all();
@@ -231,7 +207,7 @@ TEST(ExpVarGraphRandomize, RandomizeAllStops) {
         if (c.edges_left) {
             EXPECT_EQ(g->edge_dest(0), c.dest);
         }
-        for (const std::string& part : c.parts)
+        for (const std::string part : {c.part1, c.part2})
             EXPECT_NE(log.find(part), std::string::npos) << part;
         if (c.zero_line) {
             EXPECT_GT(count_lines(log, c.zero_line), c.zeros);

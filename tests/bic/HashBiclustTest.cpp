@@ -28,19 +28,17 @@ std::string hash_text(const std::string& scope, int min_deg, int max_deg, int mi
 }
 
 options& hash_options() {
-    static options& o = bic_options(
-        hash_text("Plain", 1, 3, 1, 2, 1, 0) + hash_text("Deg2", 2, 2, 1, 2, 1, 0) +
-        hash_text("Deg5", 5, 9, 1, 2, 1, 0) + hash_text("Zero", 1, 9, 0, 1, 0, 0) +
-        hash_text("Three", 1, 9, 1, 3, 0, 0) + hash_text("Vars2", 1, 9, 1, 2, 2, 0) +
-        hash_text("Pairs", 1, 9, 2, 2, 2, 1) + hash_text("Pass", 1, 99, 1, 3, 0, 0, 1, 99) +
-        "[Greedy]\nCanDelInitExp = 1\nCanAddExp = 1\nCanDelExp = 1\nCanDelInitVar = 1\nLogit = 0\n"
-        "AddExpCostFactor = 1\nDelExpCostFactor = 1\n");
+    static options& o =
+        bic_options(hash_text("Plain", 1, 3, 1, 2, 1, 0) + hash_text("Deg2", 2, 2, 1, 2, 1, 0) +
+                    hash_text("Deg5", 5, 9, 1, 2, 1, 0) + hash_text("Zero", 1, 9, 0, 1, 0, 0) +
+                    hash_text("Three", 1, 9, 1, 3, 0, 0) + hash_text("Vars2", 1, 9, 1, 2, 2, 0) +
+                    hash_text("Pairs", 1, 9, 2, 2, 2, 1) + hash_text("Pass", 1, 99, 1, 3, 0, 0, 1, 99) +
+                    greedy_text("Greedy"));
     return o;
 }
 
 // Conditions by node (groups given), `vars` variables by node in group 0, edges with weights.
-OneBin hash_fix(const std::vector<int>& exp_groups, int vars,
-                const std::vector<std::tuple<int, int, float>>& edges, float non_edge = 0.0f,
+OneBin hash_fix(const std::vector<int>& exp_groups, int vars, const Edges& edges, float non_edge = 0.0f,
                 int conds = 40) {
     return OneBin(exp_groups, std::vector<int>(vars, 0), edges, non_edge, std::max(64, vars), conds, 1);
 }
@@ -54,10 +52,7 @@ ds_bitvec key_of(const OneBin& f, const std::vector<int>& nodes) {
 
 // Conditions 0, 1, 2 (nodes 0-2); variables nodes 3-6: node 3 on all three (0.5, 1, 2), node 4 on
 // 0 and 1 (1, 1), node 5 on 1 (1), node 6 on nothing.
-OneBin three_conds() {
-    return hash_fix({0, 0, 0}, 4,
-                    {{0, 3, 0.5f}, {1, 3, 1.0f}, {2, 3, 2.0f}, {0, 4, 1.0f}, {1, 4, 1.0f}, {1, 5, 1.0f}});
-}
+OneBin three_conds() { return hash_fix({0, 0, 0}, 4, edges_of("0-3:0.5 1-3 2-3:2 0-4 1-4 1-5")); }
 
 TEST(NeigHash, SubsetsOfOneAndTwoConditionsByHand) {
     OneBin f = three_conds();
@@ -105,7 +100,7 @@ TEST(NeigHash, DegreeBoundsAreInclusiveAndAnEmptyRangeRecordsNothing) {
 
 TEST(NeigHash, OneConditionNeverStandsTwiceInAKey) {
     // Condition 0 as node 0 (group 0) and node 2 (group 1); condition 1 as node 1.
-    OneBin f = hash_fix({0, 0, 1}, 1, {{0, 3, 1.0f}, {1, 3, 1.0f}, {2, 3, 1.0f}});
+    OneBin f = hash_fix({0, 0, 1}, 1, edges_of("0-3 1-3 2-3"));
     Quiet q;
     NeigHash h(*f.g, *f.w, hash_options(), "Three");
     h.hash(0);
@@ -189,7 +184,7 @@ TEST(NeigHash, PassesFillStopAndPenaliseAsAPlainModel) {
     // neighbours each: a pass opens up to 92 keys per variable and fills the table part way.
     const std::uint32_t seed = test_seed(99);
     std::mt19937 rng(seed);
-    std::vector<std::tuple<int, int, float>> edges;
+    Edges edges;
     const int conds = 200, vars = 160;
     for (int v = 0; v < vars; ++v) {
         std::set<int> pick;
@@ -249,18 +244,7 @@ TEST(HashBiclust, SharedCandidateGrownOnceAndEqualGrowsKeptOnce) {
     // Three conditions by three variables, all edges of weight 1, non-edges -1, and a fourth
     // variable with one edge. Keys of two conditions: {0,1}, {0,2}, {1,2}, each held by both its
     // nodes; the optimiser grows each to the full 3 x 3 block.
-    OneBin f = hash_fix({0, 0, 0}, 4,
-                        {{0, 3, 1.0f},
-                         {1, 3, 1.0f},
-                         {2, 3, 1.0f},
-                         {0, 4, 1.0f},
-                         {1, 4, 1.0f},
-                         {2, 4, 1.0f},
-                         {0, 5, 1.0f},
-                         {1, 5, 1.0f},
-                         {2, 5, 1.0f},
-                         {0, 6, 1.0f}},
-                        -1.0f);
+    OneBin f = hash_fix({0, 0, 0}, 4, edges_of("0-3 1-3 2-3 0-4 1-4 2-4 0-5 1-5 2-5 0-6"), -1.0f);
     Quiet q;
     BicGreedyOpt opt(*f.g, *f.w, hash_options(), "Greedy", true);
     HashBiclust h(*f.g, *f.w, opt, hash_options(), "Pairs");
@@ -282,15 +266,7 @@ TEST(HashBiclust, SharedCandidateGrownOnceAndEqualGrowsKeptOnce) {
 
 TEST(HashBiclust, ReduceRemovesTheLowerAndTheFirstOnATie) {
     // Condition 0 also as node 3 (group 1); variable nodes 4-7.
-    OneBin f = hash_fix({0, 0, 0, 1}, 4,
-                        {{0, 4, 1.0f},
-                         {1, 4, 1.0f},
-                         {0, 5, 1.0f},
-                         {1, 5, 1.0f},
-                         {0, 6, 1.0f},
-                         {1, 6, 1.0f},
-                         {3, 6, 1.0f},
-                         {2, 7, 1.0f}});
+    OneBin f = hash_fix({0, 0, 0, 1}, 4, edges_of("0-4 1-4 0-5 1-5 0-6 1-6 3-6 2-7"));
     Quiet q;
     BicGreedyOpt opt(*f.g, *f.w, hash_options(), "Greedy", true);
     ds_bitvec all(64);

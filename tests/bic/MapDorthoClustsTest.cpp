@@ -6,16 +6,14 @@
 #include "OrthoTestTree.h"
 
 #include <algorithm>
-#include <array>
 
 namespace {
 
 const char kBase[] = "[Docs]\nMaxDomDelta = 5\nLogit = 1\nMaxDocSize = 4\nOnlyComplete = 0\n";
 
-// Docs as sorted member lists such as "A0 B0 C0", in doc order.
-std::vector<std::string> doc_strings(const std::vector<DorthoClust>& docs,
-                                     const std::vector<char>* alive = nullptr) {
-    std::vector<std::string> out;
+// Docs as sorted member lists such as "A0 B0 C0", in doc order, joined by " | ".
+std::string doc_strings(const std::vector<DorthoClust>& docs, const std::vector<char>* alive = nullptr) {
+    std::string out;
     for (std::size_t d = 0; d < docs.size(); ++d) {
         if (alive && !(*alive)[d])
             continue;
@@ -24,16 +22,15 @@ std::vector<std::string> doc_strings(const std::vector<DorthoClust>& docs,
             for (const OrDomain& dom : docs[d].m_domains[s])
                 m.push_back(std::string(1, char('A' + s)) + std::to_string(dom.gid));
         std::sort(m.begin(), m.end());
-        std::string j;
-        for (const std::string& x : m)
-            j += (j.empty() ? "" : " ") + x;
-        out.push_back(j);
+        out += out.empty() ? "" : " | ";
+        for (std::size_t i = 0; i < m.size(); ++i)
+            out += (i ? " " : "") + m[i];
     }
     return out;
 }
 
 struct GenRun {
-    std::vector<std::string> docs;
+    std::string docs;
     std::string trace;
     std::string table;
 };
@@ -59,77 +56,19 @@ template <class Gen> GenRun run_gen(const std::string& hits, const std::string& 
 }
 
 const char kLimits[] = "WgtMargin = 1\nMaxParalouges = 2\nHugeParalouges = 3\n";
+const char kTri[] = "0 0 1 100 1 0 1 100 10\n0 0 1 100 2 0 1 100 8\n1 0 1 100 2 0 1 100 9\n";
+const char kPara[] = "0 0 1 100 1 0 1 100 10\n0 0 2 99 1 1 1 100 10\n1 0 1 100 1 1 1 100 10\n";
 
-TEST(MapDorthoClusts, EachGrowthRuleDecides) {
-    const struct {
-        const char* name;
-        std::string hits, keys;
-        std::vector<std::string> docs;
-        const char* trace; // a text the trace must hold, or empty
-    } cases[] = {
-        // A hit and its reverse grow the same gene set twice: the second is dropped.
-        {"identical",
-         "0 0 1 100 1 0 1 100 10\n1 0 1 100 0 0 1 100 10\n",
-         kLimits,
-         {"A0 B0"},
-         "new oc is identical to 0"},
-        // B0-C0 (9) joins the growth from A0-B0 (10) because 10 <= 9 + 1 ...
-        {"margin in",
-         "0 0 1 100 1 0 1 100 10\n0 0 1 100 2 0 1 100 8\n1 0 1 100 2 0 1 100 9\n",
-         kLimits,
-         {"A0 B0 C0", "A0 C0", "B0 C0"},
-         "new doc defined by 0 (1,100) -> 0 (1,100) +10 id 0 size 3"},
-        // ... and not with a margin of 0.5 (10 > 8.5 and 10 > 9.5).
-        {"margin out",
-         "0 0 1 100 1 0 1 100 10\n0 0 1 100 2 0 1 100 8\n1 0 1 100 2 0 1 100 9\n",
-         "WgtMargin = 0.5\nMaxParalouges = 2\nHugeParalouges = 3\n",
-         {"A0 B0", "A0 C0", "B0 C0"},
-         ""},
-        // B0 hits D0 more strongly (12) than A0 hits B0 (10), and D0 is outside A0's neighbours.
-        {"give up", "0 0 1 100 1 0 1 100 10\n1 0 1 100 3 0 1 100 12\n", kLimits, {"B0 D0"}, " skip\n"},
-        {"weaker outside",
-         "0 0 1 100 1 0 1 100 10\n1 0 1 100 3 0 1 100 9\n",
-         kLimits,
-         {"A0 B0", "B0 D0"},
-         ""},
-        // A0's hit to C0 starts at 50: beyond the slack of 5 from A0-B0's start 1.
-        {"slack out",
-         "0 0 1 100 1 0 1 100 10\n0 0 50 150 2 0 1 100 10\n1 0 1 100 2 0 1 100 10\n",
-         kLimits,
-         {"A0 B0", "A0 C0", "B0 C0"},
-         ""},
-        {"slack in",
-         "0 0 1 100 1 0 1 100 10\n0 0 3 98 2 0 1 100 10\n1 0 1 100 2 0 1 100 10\n",
-         kLimits,
-         {"A0 B0 C0", "A0 C0", "B0 C0"},
-         ""},
-        // Two hits of A0 into B with near bounds: the weaker (rising order) is taken, the other skipped.
-        {"near hits",
-         "0 0 1 100 1 0 1 100 10\n0 0 3 102 1 1 1 100 9\n",
-         kLimits,
-         {"A0 B1"},
-         "growing from 0 (3,102) -> 1 (1,100) +9\n"},
-        {"far hits", "0 0 20 120 1 0 1 100 10\n0 0 3 102 1 1 1 100 9\n", kLimits, {"A0 B1", "A0 B0"}, ""},
-        // A paralogue hit B0-B1 brings a second B gene.
-        {"paralogues kept",
-         "0 0 1 100 1 0 1 100 10\n0 0 2 99 1 1 1 100 10\n1 0 1 100 1 1 1 100 10\n",
-         kLimits,
-         {"A0 B0 B1"},
-         ""},
-        {"paralogues over",
-         "0 0 1 100 1 0 1 100 10\n0 0 2 99 1 1 1 100 10\n1 0 1 100 1 1 1 100 10\n",
-         "WgtMargin = 1\nMaxParalouges = 1\nHugeParalouges = 3\n",
-         {},
-         ""},
-        {"paralogues huge",
-         "0 0 1 100 1 0 1 100 10\n0 0 2 99 1 1 1 100 10\n1 0 1 100 1 1 1 100 10\n",
-         "WgtMargin = 1\nMaxParalouges = 0\nHugeParalouges = 1\n",
-         {},
-         "is huge, ospid 1\n"},
-    };
-    for (const auto& c : cases) {
+// A generator run: its docs, and a text its trace must hold (or none).
+struct GenCase {
+    const char* name;
+    std::string hits, keys, docs;
+    const char* trace;
+};
+template <class Gen> void run_cases(const std::vector<GenCase>& cases) {
+    for (const GenCase& c : cases) {
         SCOPED_TRACE(c.name);
-        const GenRun r = run_gen<MapDorthoClusts>(c.hits, c.keys);
+        const GenRun r = run_gen<Gen>(c.hits, c.keys);
         EXPECT_EQ(r.docs, c.docs);
         if (*c.trace) {
             EXPECT_NE(r.trace.find(c.trace), std::string::npos) << r.trace;
@@ -137,64 +76,77 @@ TEST(MapDorthoClusts, EachGrowthRuleDecides) {
     }
 }
 
+TEST(MapDorthoClusts, EachGrowthRuleDecides) {
+    run_cases<MapDorthoClusts>({
+        // A hit and its reverse grow the same gene set twice: the second is dropped.
+        {"identical", "0 0 1 100 1 0 1 100 10\n1 0 1 100 0 0 1 100 10\n", kLimits, "A0 B0",
+         "new oc is identical to 0"},
+        // B0-C0 (9) joins the growth from A0-B0 (10) because 10 <= 9 + 1 ...
+        {"margin in", kTri, kLimits, "A0 B0 C0 | A0 C0 | B0 C0",
+         "new doc defined by 0 (1,100) -> 0 (1,100) +10 id 0 size 3"},
+        // ... and not with a margin of 0.5 (10 > 8.5 and 10 > 9.5).
+        {"margin out", kTri, "WgtMargin = 0.5\nMaxParalouges = 2\nHugeParalouges = 3\n",
+         "A0 B0 | A0 C0 | B0 C0", ""},
+        // B0 hits D0 more strongly (12) than A0 hits B0 (10), and D0 is outside A0's neighbours.
+        {"give up", "0 0 1 100 1 0 1 100 10\n1 0 1 100 3 0 1 100 12\n", kLimits, "B0 D0", " skip\n"},
+        {"weaker outside", "0 0 1 100 1 0 1 100 10\n1 0 1 100 3 0 1 100 9\n", kLimits, "A0 B0 | B0 D0", ""},
+        // A0's hit to C0 starts at 50: beyond the slack of 5 from A0-B0's start 1.
+        {"slack out", "0 0 1 100 1 0 1 100 10\n0 0 50 150 2 0 1 100 10\n1 0 1 100 2 0 1 100 10\n", kLimits,
+         "A0 B0 | A0 C0 | B0 C0", ""},
+        {"slack in", "0 0 1 100 1 0 1 100 10\n0 0 3 98 2 0 1 100 10\n1 0 1 100 2 0 1 100 10\n", kLimits,
+         "A0 B0 C0 | A0 C0 | B0 C0", ""},
+        // Two hits of A0 into B with near bounds: the weaker (rising order) is taken, the other skipped.
+        {"near hits", "0 0 1 100 1 0 1 100 10\n0 0 3 102 1 1 1 100 9\n", kLimits, "A0 B1",
+         "growing from 0 (3,102) -> 1 (1,100) +9\n"},
+        {"far hits", "0 0 20 120 1 0 1 100 10\n0 0 3 102 1 1 1 100 9\n", kLimits, "A0 B1 | A0 B0", ""},
+        // A paralogue hit B0-B1 brings a second B gene.
+        {"paralogues kept", kPara, kLimits, "A0 B0 B1", ""},
+        {"paralogues over", kPara, "WgtMargin = 1\nMaxParalouges = 1\nHugeParalouges = 3\n", "", ""},
+        {"paralogues huge", kPara, "WgtMargin = 1\nMaxParalouges = 0\nHugeParalouges = 1\n", "",
+         "is huge, ospid 1\n"},
+    });
+}
+
 TEST(MapDorthoClusts, DumpTableWritesDocsUnderTheirIndex) {
-    const GenRun r = run_gen<MapDorthoClusts>(
-        "0 0 1 100 1 0 1 100 10\n0 0 1 100 2 0 1 100 8\n1 0 1 100 2 0 1 100 9\n", kLimits);
+    const GenRun r = run_gen<MapDorthoClusts>(kTri, kLimits);
     EXPECT_EQ(r.table, "0\t0\t0\t1\t100\n0\t1\t0\t1\t100\n0\t2\t0\t1\t100\n"
                        "1\t0\t0\t1\t100\n1\t2\t0\t1\t100\n"
                        "2\t1\t0\t1\t100\n2\t2\t0\t1\t100\n");
     EXPECT_NE(r.trace.find("will dump table, docs size 3\n"), std::string::npos);
 }
 
-// Both directions of each listed pair.
-std::string both_ways(const std::vector<std::array<int, 5>>& hits) {
+// Both directions of each listed hit "a-b:w" between gene 0 of species a and gene 0 of species b.
+std::string both_ways(const std::string& hits) {
     std::ostringstream os;
-    for (const auto& h : hits) {
-        os << h[0] << " " << h[1] << " 1 100 " << h[2] << " " << h[3] << " 1 100 " << h[4] << "\n";
-        os << h[2] << " " << h[3] << " 1 100 " << h[0] << " " << h[1] << " 1 100 " << h[4] << "\n";
+    std::istringstream in(hits);
+    int a, b;
+    char c;
+    for (std::string w; in >> a >> c >> b >> c >> w;) {
+        os << a << " 0 1 100 " << b << " 0 1 100 " << w << "\n";
+        os << b << " 0 1 100 " << a << " 0 1 100 " << w << "\n";
     }
     return os.str();
 }
 
 TEST(MapHDocs, TransitivityMarginSizeAndGlue) {
-    const std::string triangle = both_ways({{0, 0, 1, 0, 10}, {0, 0, 2, 0, 10}, {1, 0, 2, 0, 10}});
-    const std::string path = both_ways({{0, 0, 1, 0, 10}, {1, 0, 2, 0, 10}});
-    const std::string weak = both_ways({{0, 0, 1, 0, 10}, {1, 0, 2, 0, 5}});
-    // Two strong pairs with weaker cross hits between every member.
-    const std::string cliques = both_ways({{0, 0, 1, 0, 10},
-                                           {2, 0, 3, 0, 10},
-                                           {0, 0, 2, 0, 5},
-                                           {0, 0, 3, 0, 5},
-                                           {1, 0, 2, 0, 5},
-                                           {1, 0, 3, 0, 5}});
-    const std::string holed =
-        both_ways({{0, 0, 1, 0, 10}, {2, 0, 3, 0, 10}, {0, 0, 2, 0, 5}, {0, 0, 3, 0, 5}, {1, 0, 2, 0, 5}});
-    const std::string lim = "WgtMargin = 1\nMaxParalouges = 2\nHugeParalouges = 3\n";
-    const struct {
-        const char* name;
-        std::string hits, keys;
-        std::vector<std::string> docs;
-        const char* trace;
-    } cases[] = {
-        {"triangle", triangle, lim, {"A0 B0 C0"}, "new oc is identical to 0"},
-        {"path", path, lim, {}, " NON TRAN"},
+    const std::string triangle = both_ways("0-1:10 0-2:10 1-2:10"), path = both_ways("0-1:10 1-2:10");
+    const std::string weak = both_ways("0-1:10 1-2:5");
+    // Two strong pairs with weaker cross hits between every member, or all but one.
+    const std::string cliques = both_ways("0-1:10 2-3:10 0-2:5 0-3:5 1-2:5 1-3:5");
+    const std::string holed = both_ways("0-1:10 2-3:10 0-2:5 0-3:5 1-2:5");
+    const std::string lim = std::string(kLimits) + "MaxDocSize = 2\n";
+    run_cases<MapHDocs>({
+        {"triangle", triangle, kLimits, "A0 B0 C0", "new oc is identical to 0"},
+        {"path", path, kLimits, "", " NON TRAN"},
         // From A0 the weight is 10 and B0-C0 (5 + 1 < 10) is not followed; from B0 towards C the
         // weight is 5 and the growth reaches A0 and C0, which are not linked.
-        {"weak link", weak, lim, {"A0 B0"}, " NON TRAN"},
-        {"too big", triangle, lim + "MaxDocSize = 2\n", {}, ""},
+        {"weak link", weak, kLimits, "A0 B0", " NON TRAN"},
+        {"too big", triangle, lim, "", ""},
         // Growths of weight 5 reach all four genes and exceed the size of 2; the two strong pairs
         // glue into one doc.
-        {"glue", cliques, lim + "MaxDocSize = 2\n", {"A0 B0 C0 D0"}, "can join 0 1\n"},
-        {"no glue", holed, lim + "MaxDocSize = 2\n", {"A0 B0", "C0 D0"}, "test join 0 and 1 dsize 2\n"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        const GenRun r = run_gen<MapHDocs>(c.hits, c.keys);
-        EXPECT_EQ(r.docs, c.docs);
-        if (*c.trace) {
-            EXPECT_NE(r.trace.find(c.trace), std::string::npos) << r.trace;
-        }
-    }
+        {"glue", cliques, lim, "A0 B0 C0 D0", "can join 0 1\n"},
+        {"no glue", holed, lim, "A0 B0 | C0 D0", "test join 0 and 1 dsize 2\n"},
+    });
 }
 
 TEST(MapHDocs, OnlyCompleteNeedsHitsCoveringBothProteins) {
@@ -217,7 +169,7 @@ TEST(MapHDocs, OnlyCompleteNeedsHitsCoveringBothProteins) {
     m.calc();
     const std::string trace = testing::internal::GetCapturedStderr();
     // 100 - 5 < 96 on both sides of A0-B0; 100 - 5 < 60 fails for A0-C0.
-    EXPECT_EQ(doc_strings(m.m_docs, &m.m_alive), (std::vector<std::string>{"A0 B0"}));
+    EXPECT_EQ(doc_strings(m.m_docs, &m.m_alive), "A0 B0");
     EXPECT_NE(trace.find("only incomp edge 0 (1,60) -> 0 (1,100) +20 l1 = 100\n"), std::string::npos)
         << trace;
 }

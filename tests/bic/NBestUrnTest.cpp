@@ -38,16 +38,19 @@ TEST(NBestMonotone, MatchesAPlainModelOverRandomSequences) {
         NBestMonotone<int> nb(n);
         std::multimap<float, int> model; // score -> id
         float bar = -3.4028235e+38f;
+        // A value leaving the set: of the lowest score, one of the model's entries of that score.
+        const auto leave = [&](const NBestScoredVal<int>& r) {
+            ASSERT_EQ(r.m_score, model.begin()->first) << "seed " << seed;
+            auto range = model.equal_range(r.m_score);
+            auto hit =
+                std::find_if(range.first, range.second, [&](const auto& p) { return p.second == r.m_id; });
+            ASSERT_TRUE(hit != range.second);
+            ASSERT_EQ(r.m_val, r.m_id * 3);
+            model.erase(hit);
+        };
         for (int step = 0; step < 60; ++step) {
             if (!model.empty() && rng() % 7 == 0) {
-                const NBestScoredVal<int> r = nb.extract_worst_best();
-                ASSERT_EQ(r.m_score, model.begin()->first) << "seed " << seed;
-                auto range = model.equal_range(r.m_score);
-                auto hit = std::find_if(range.first, range.second,
-                                        [&](const auto& p) { return p.second == r.m_id; });
-                ASSERT_TRUE(hit != range.second);
-                ASSERT_EQ(r.m_val, r.m_id * 3);
-                model.erase(hit);
+                leave(nb.extract_worst_best());
                 continue;
             }
             const float score = static_cast<float>(rng() % 50);
@@ -58,12 +61,7 @@ TEST(NBestMonotone, MatchesAPlainModelOverRandomSequences) {
                 continue;
             if (static_cast<int>(model.size()) == n) {
                 ASSERT_NE(dropped.m_id, -1);
-                ASSERT_EQ(dropped.m_score, model.begin()->first);
-                auto range = model.equal_range(dropped.m_score);
-                auto hit = std::find_if(range.first, range.second,
-                                        [&](const auto& p) { return p.second == dropped.m_id; });
-                ASSERT_TRUE(hit != range.second);
-                model.erase(hit);
+                leave(dropped);
             } else {
                 ASSERT_EQ(dropped.m_id, -1);
             }

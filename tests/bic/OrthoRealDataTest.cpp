@@ -83,34 +83,17 @@ TEST(OrthoRealData, BirdOrdersRandomHomologyMatchesBruteForce) {
     const std::uint32_t seed = test_seed(77);
     SCOPED_TRACE(seed);
     std::mt19937 rng(seed);
-    struct Rec {
-        int sa, ga, sb, gb;
-        float score;
-    };
-    std::vector<Rec> recs;
-    std::ostringstream table;
-    for (int k = 0; k < 400; ++k) {
-        Rec r{int(rng() % 23), int(rng() % 3), int(rng() % 23), int(rng() % 3), float(rng() % 21) / 20.0f};
-        recs.push_back(r);
-        table << r.sa << " " << r.ga << " " << r.sb << " " << r.gb << " " << r.score << "\n";
-    }
-    const float thr = 0.5f;
-    testing::internal::CaptureStderr();
-    SpeciesConservTree c(*t, thr);
-    std::istringstream in(table.str());
-    c.read_table(in);
-    c.recalc();
-    testing::internal::GetCapturedStderr();
+    std::vector<HomRec> recs;
+    for (int k = 0; k < 400; ++k)
+        recs.push_back(
+            {int(rng() % 23), int(rng() % 3), int(rng() % 23), int(rng() % 3), float(rng() % 21) / 20.0f});
+    auto c = ortho_conserv(*t, 0.5f, recs);
     for (const auto& [k, sets] : e.nodes) {
-        auto side = [&](int x) { return sets[1].count(x) ? 0 : sets[2].count(x) ? 1 : 2; };
-        std::vector<std::set<int>> want(23);
-        for (const Rec& r : recs)
-            if (r.score < thr && side(r.sa) != side(r.sb)) {
-                want[r.sa].insert(r.ga);
-                want[r.sb].insert(r.gb);
-            }
+        const std::vector<std::set<int>> want = ortho_brute(recs, 23, 0.5f, [&](int x) {
+            return sets[1].count(x) ? 0 : sets[2].count(x) ? 1 : 2;
+        });
         for (int s = 0; s < 23; ++s)
-            EXPECT_EQ(ortho_bits(c.m_conserv[k][s]), want[s]) << "node " << k << " species " << s;
+            EXPECT_EQ(ortho_bits(c->m_conserv[k][s]), want[s]) << "node " << k << " species " << s;
     }
 }
 

@@ -2,6 +2,7 @@
 #ifndef VESK_TESTS_BIC_ORTHOTESTTREE_H
 #define VESK_TESTS_BIC_ORTHOTESTTREE_H
 
+#include "SpeciesConservTree.h"
 #include "SpeciesPhylogeny.h"
 #include "TestSupport.h"
 #include "options.h"
@@ -88,6 +89,40 @@ struct FourSpeciesTree {
     options opt;
     std::unique_ptr<SpeciesPhylogeny> tree;
 };
+
+// A homology record between gene ga of species sa and gene gb of species sb.
+struct HomRec {
+    int sa, ga, sb, gb;
+    float score;
+};
+
+// The conservation tree of `tree` on the records, traces swallowed.
+inline std::unique_ptr<SpeciesConservTree> ortho_conserv(SpeciesPhylogeny& tree, float thr,
+                                                         const std::vector<HomRec>& recs) {
+    std::ostringstream table;
+    for (const HomRec& r : recs)
+        table << r.sa << " " << r.ga << " " << r.sb << " " << r.gb << " " << r.score << "\n";
+    testing::internal::CaptureStderr();
+    auto c = std::make_unique<SpeciesConservTree>(tree, thr);
+    std::istringstream in(table.str());
+    c->read_table(in);
+    c->recalc();
+    testing::internal::GetCapturedStderr();
+    return c;
+}
+
+// Brute force at an inner node, by species: a record scoring below `thr` whose two species lie on
+// different sides (side(s): 0 or 1 below a child, 2 elsewhere) marks both its genes.
+template <class Side>
+std::vector<std::set<int>> ortho_brute(const std::vector<HomRec>& recs, int species, float thr, Side side) {
+    std::vector<std::set<int>> want(species);
+    for (const HomRec& r : recs)
+        if (r.score < thr && side(r.sa) != side(r.sb)) {
+            want[r.sa].insert(r.ga);
+            want[r.sb].insert(r.gb);
+        }
+    return want;
+}
 
 // Options from inline text.
 inline void ortho_read_options(options& opt, const std::string& text) {

@@ -10,31 +10,30 @@
 namespace {
 
 std::unique_ptr<SpeciesConservTree> conserv(SpeciesPhylogeny& tree, float thr, const std::string& table) {
-    testing::internal::CaptureStderr();
-    auto c = std::make_unique<SpeciesConservTree>(tree, thr);
+    std::vector<HomRec> recs;
     std::istringstream in(table);
-    c->read_table(in);
-    c->recalc();
-    testing::internal::GetCapturedStderr();
-    return c;
+    for (HomRec r; in >> r.sa >> r.ga >> r.sb >> r.gb >> r.score;)
+        recs.push_back(r);
+    return ortho_conserv(tree, thr, recs);
 }
 
 TEST(SpeciesHomologyGraph, KeepsOwnOrderedPairWithoutThreshold) {
     SpeciesHomologyGraph g(0, 3, 3, 2);
     std::istringstream in("0 1 3 0 9.5\n3 0 0 1 0.1\n0 2 3 1 0.5\n0 2 1 1 0.5\n");
     g.read_table(in);
-    ASSERT_EQ(g.m_out.size(), 3u);
-    ASSERT_EQ(g.m_out[1].size(), 1u);
-    EXPECT_EQ(g.m_out[1][0].to, 0);
-    EXPECT_EQ(g.m_out[1][0].score, 9.5f);
-    ASSERT_EQ(g.m_out[2].size(), 1u);
-    EXPECT_EQ(g.m_out[2][0].to, 1);
-    EXPECT_TRUE(g.m_out[0].empty());
-    // The incoming list by gene of b holds the reversed edge.
-    ASSERT_EQ(g.m_in[0].size(), 1u);
-    EXPECT_EQ(g.m_in[0][0].from, 0);
-    EXPECT_EQ(g.m_in[0][0].to, 1);
-    EXPECT_EQ(g.m_in[1].size(), 1u);
+    // Each list as "from-to:score" entries, lists split by "|"; the incoming list by gene of b holds
+    // the reversed edge.
+    const auto str = [](const std::vector<std::vector<HomologyEdge>>& lists) {
+        std::ostringstream os;
+        for (const auto& l : lists) {
+            os << "|";
+            for (const HomologyEdge& e : l)
+                os << e.from << "-" << e.to << ":" << e.score << " ";
+        }
+        return os.str();
+    };
+    EXPECT_EQ(str(g.m_out), "||1-0:9.5 |2-1:0.5 ");
+    EXPECT_EQ(str(g.m_in), "|0-1:9.5 |1-2:0.5 ");
 }
 
 TEST(SpeciesConservTree, HandTableOnFiveNodeTree) {
@@ -130,15 +129,9 @@ TEST(SpeciesConservTree, RandomTablesMatchBruteForce) {
         for (int i = 0; i < n; ++i)
             if (!rt.inner[i])
                 species.push_back(i);
-        const float thr = 0.5f;
-        struct Rec {
-            int sa, ga, sb, gb;
-            float score;
-        };
-        std::vector<Rec> recs;
-        std::ostringstream table;
+        std::vector<HomRec> recs;
         for (int k = 0; k < 40; ++k) {
-            Rec r;
+            HomRec r;
             r.sa = species[rng() % species.size()];
             r.sb = species[rng() % species.size()];
             r.ga = int(rng() % rt.genes[r.sa]);
@@ -146,9 +139,8 @@ TEST(SpeciesConservTree, RandomTablesMatchBruteForce) {
             // Scores on a grid of tenths so that some equal the threshold.
             r.score = float(rng() % 11) / 10.0f;
             recs.push_back(r);
-            table << r.sa << " " << r.ga << " " << r.sb << " " << r.gb << " " << r.score << "\n";
         }
-        auto c = conserv(*tree, thr, table.str());
+        auto c = ortho_conserv(*tree, 0.5f, recs);
         // Brute force: at an inner node, each leaf lies below the left child, the right child, or
         // elsewhere; a kept record whose two species lie on different sides marks both genes.
         for (int node = 0; node < n; ++node) {
@@ -167,11 +159,7 @@ TEST(SpeciesConservTree, RandomTablesMatchBruteForce) {
                             return int(k);
                     return 2;
                 };
-                for (const Rec& r : recs)
-                    if (r.score < 0.5f && side(r.sa) != side(r.sb)) {
-                        want[r.sa].insert(r.ga);
-                        want[r.sb].insert(r.gb);
-                    }
+                want = ortho_brute(recs, n, 0.5f, side);
             }
             for (int s : species)
                 EXPECT_EQ(ortho_bits(c->m_conserv[node][s]), want[s])
