@@ -66,6 +66,18 @@ void PropVarBiclust::del_var_node(int node) {
     m_var_ids.clr_ind(r);
 }
 
+void PropVarBiclust::add_prop_node(int node) {
+    if (m_exps.get_ind(node))
+        VESK_FATAL(kSrc, "Trying to multiply add the prop node " << node << " to the nbicluster");
+    add_exp_node(node);
+}
+
+void PropVarBiclust::del_prop_node(int node) {
+    if (!m_exps.get_ind(node))
+        VESK_FATAL(kSrc, "Trying to delete non existing bic prop node " << node << " from the bicluster");
+    del_exp_node(node);
+}
+
 void PropVarBiclust::add_var_set(const ds_bitvec& vars, int group) {
     for (ds_bitvec_iter it(vars); it; ++it) {
         const int node = m_pgraph.m_var_group_nodes(group, it);

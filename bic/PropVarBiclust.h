@@ -30,8 +30,9 @@ public:
     void reset() override;
     void add_var_node(int node) override;
     void del_var_node(int node) override;
-    virtual void add_prop_node(int node) { add_exp_node(node); }
-    virtual void del_prop_node(int node) { del_exp_node(node); }
+    // As add_exp_node and del_exp_node, with the property wording in their fatal messages.
+    virtual void add_prop_node(int node);
+    virtual void del_prop_node(int node);
 
     // The variable nodes of `group` for the variable ids set in `vars`, those not inside yet.
     void add_var_set(const ds_bitvec& vars, int group);
