@@ -10,6 +10,7 @@
 #include "PropWgtScheme.h"
 
 #include <memory>
+#include <random>
 
 // States 0 (zero), 1 (up: probability min(v, 1) for v > 0) and 2 (down: min(-v, 1) for v < 0). A
 // missing value would read as down with probability 1: only its own test keeps it from an edge.
@@ -87,6 +88,72 @@ struct PropWorld {
     std::unique_ptr<PropVarLayerACO> aco;
     std::unique_ptr<PropVarLayerAnnot> annot;
     std::unique_ptr<PropVarLayerPSSM> pssm;
+};
+
+
+// Weights read from tables: each variable node is its own bin; an edge weighs the edge entry of its
+// pair, its gain is the edge entry less the non-edge one.
+class TableWgt : public PropWgtSchemeBase {
+public:
+    explicit TableWgt(const PropVarGraphBase& g)
+        : m_g(g), m_edge(g.m_max_prop_node, g.m_node_count - g.m_max_prop_node, 0.0f),
+          m_non(g.m_max_prop_node, g.m_node_count - g.m_max_prop_node, 0.0f), m_pos(g.m_max_prop_node) {
+        m_bins.m_bin_num = g.m_node_count - g.m_max_prop_node;
+        m_bins.m_var_node_bin.assign(g.m_node_count, 0);
+        for (int n = g.m_max_prop_node; n < g.m_node_count; ++n)
+            m_bins.m_var_node_bin[n] = n - g.m_max_prop_node;
+    }
+    float get_edge_weight(int e) const override { return get_edge_prop_weight(m_g.edge_source(e), bin(e)); }
+    float get_edge_cnc(int e) const override {
+        return get_edge_prop_weight(m_g.edge_source(e), bin(e)) - get_non_edge_prop_weight(m_g.edge_source(e), bin(e));
+    }
+    float get_edge_exp_weight(int p, int b) const override { return m_edge(p, b); }
+    float get_non_edge_exp_weight(int p, int b) const override { return m_non(p, b); }
+    float get_edge_exp_cnc(int p, int b) const override { return m_edge(p, b) - m_non(p, b); }
+    float get_edge_prop_weight(int p, int b) const override { return m_edge(p, b); }
+    float get_non_edge_prop_weight(int p, int b) const override { return m_non(p, b); }
+    float get_edge_prop_cnc(int p, int b) const override { return m_edge(p, b) - m_non(p, b); }
+    const ds_bitvec& get_pos_genes(int p) const override { return m_pos[p]; }
+    const VarNodesBinsBase& get_var_nodes_bins() const override { return m_bins; }
+    int get_var_node_bin(int node) const override { return m_bins.m_var_node_bin[node]; }
+
+    int bin(int e) const { return m_bins.m_var_node_bin[m_g.edge_dest(e)]; }
+    const PropVarGraphBase& m_g;
+    Matrix<float> m_edge, m_non;
+    std::vector<ds_bitvec> m_pos;
+    VarNodesBinsBase m_bins;
+};
+
+// `props` properties in `groups` groups of layer 0 (group g is level g / 2 of orientation g % 2),
+// `vars` variables in one group, each pair an edge with probability `density`; random weights,
+// edges mostly in favour.
+struct RandomPropGraph {
+    RandomPropGraph(int props, int groups, int vars, double density, std::uint32_t seed) : universe(nullptr) {
+        Quiet q;
+        universe.init_idspace(vars);
+        g.reset(new PropVarGraphLayers(universe, bic_options(""), "Default"));
+        g->allocate_max_prop_group(groups, props);
+        for (int grp = 0; grp < groups; ++grp)
+            for (int p = 0; p < props; ++p)
+                g->add_prop_node_to_group(grp, p);
+        for (int v = 0; v < vars; ++v)
+            g->add_var_node_to_group(0, v);
+        std::mt19937 rng(seed);
+        std::uniform_real_distribution<float> u(0.0f, 1.0f);
+        for (int p = 0; p < g->m_max_prop_node; ++p)
+            for (int v = g->m_max_prop_node; v < g->m_node_count; ++v)
+                if (u(rng) < density)
+                    g->add_edge(p, v, 1.0f, 1.0f);
+        wgt.reset(new TableWgt(*g));
+        for (int p = 0; p < g->m_max_prop_node; ++p)
+            for (int b = 0; b < vars; ++b) {
+                wgt->m_edge(p, b) = 0.5f + 2.0f * u(rng);
+                wgt->m_non(p, b) = -0.3f - u(rng);
+            }
+    }
+    VarUniverse universe;
+    std::unique_ptr<PropVarGraphLayers> g;
+    std::unique_ptr<TableWgt> wgt;
 };
 
 #endif
