@@ -57,7 +57,8 @@ void BicSetCoverGreedy::init_bic_prop_adjs() {
             const int first = layer_first[g.m_group_layer[grp]];
             for (int lvl = grp - first - 2; lvl >= 0; lvl -= 2) {
                 const int low = g.m_prop_group_nodes(first + lvl, g.node_prop(it));
-                if (low < 0 || m_focus_index[low] < 0 || bic.m_exps.get_ind(low) || listed.get_ind(m_focus_index[low]))
+                if (low < 0 || m_focus_index[low] < 0 || bic.m_exps.get_ind(low) ||
+                    listed.get_ind(m_focus_index[low]))
                     continue;
                 listed.set_ind(m_focus_index[low]);
                 m_bic_props[b].push_back(m_focus_index[low]);
@@ -108,7 +109,8 @@ void BicSetCoverGreedy::init_deltas() {
             m_delta[b] -= m_prior[b];
         }
         if (m_debug)
-            std::cerr << "delta of " << b << " is " << m_delta[b] << " after prior " << m_prior[b] << std::endl;
+            std::cerr << "delta of " << b << " is " << m_delta[b] << " after prior " << m_prior[b]
+                      << std::endl;
         m_heap.insert(b, -m_delta[b]);
     }
 }
@@ -208,8 +210,8 @@ void BicSetCoverGreedy::optimize(const ds_bitvec& focus_groups) {
             return;
         }
         if (m_debug)
-            std::cerr << "at bic " << b << " imp " << imp << " sizes " << m_set.m_bics[b].m_exps.on_bits() << " "
-                      << m_set.m_bics[b].m_vars.on_bits() << std::endl;
+            std::cerr << "at bic " << b << " imp " << imp << " sizes " << m_set.m_bics[b].m_exps.on_bits()
+                      << " " << m_set.m_bics[b].m_vars.on_bits() << std::endl;
         if (m_active.get_ind(b))
             update_del_bic(b);
         else

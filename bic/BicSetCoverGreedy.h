@@ -73,9 +73,7 @@ private:
     void update_add_bic(int b);
     void update_del_bic(int b);
     double pair_weight(int p, int v) const;
-    bool holds(int b, int p, int v) const {
-        return m_prop_bics[p].get_ind(b) && m_var_bics[v].get_ind(b);
-    }
+    bool holds(int b, int p, int v) const { return m_prop_bics[p].get_ind(b) && m_var_bics[v].get_ind(b); }
     // The counter of one pair moved by `step`; adjusts the gains of the others holding it.
     void move_pair(int b, int p, int v, int step);
     void update_heap();

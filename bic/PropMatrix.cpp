@@ -113,7 +113,8 @@ int PropMatrix::match_var(const std::string& name) const {
 }
 
 void PropMatrix::read_rows(std::istream& in, const std::string& header, const std::string& stop,
-                           std::map<std::string, std::string>& params, PropMode mode, int& match, int& nomatch) {
+                           std::map<std::string, std::string>& params, PropMode mode, int& match,
+                           int& nomatch) {
     const int take_log = param_int(params, "take_log", 0);
     const int key_col = std::max(0, param_int(params, "key_col", 0));
     const int first_col = std::max(0, param_int(params, "first_data_col", 1));

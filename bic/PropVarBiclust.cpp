@@ -98,8 +98,8 @@ void PropVarBiclust::dump_to_tables(int id, const PropVarGraphLayers& layers, st
         bicd << id << "\t0\t" << layers.get_property_number(p) << "\t" << layers.node_group(p) << "\t"
              << get_prop_margin(p) << "\n";
     for (ds_bitvec_iter v(m_vars); v; ++v)
-        bicd << id << "\t1\t" << layers.node_var(v) << "\t" << layers.node_group(v) << "\t" << get_var_margin(v)
-             << "\n";
+        bicd << id << "\t1\t" << layers.node_var(v) << "\t" << layers.node_group(v) << "\t"
+             << get_var_margin(v) << "\n";
     if (extra)
         *extra << id << "\t*\t" << m_br_score << "\t" << m_ranked_score << "\n";
 }

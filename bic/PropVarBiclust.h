@@ -62,8 +62,8 @@ private:
 // matched to its node through the group. Prints "will add " kind " bid " id " pid " element per line.
 class PBicSet {
 public:
-    PBicSet(const PropVarGraphLayers& graph, PropWgtSchemeBase& wgt, const BinRelGraphLayers* br_graph = nullptr,
-            BinRelWgtSchemeBase* br_wgt = nullptr);
+    PBicSet(const PropVarGraphLayers& graph, PropWgtSchemeBase& wgt,
+            const BinRelGraphLayers* br_graph = nullptr, BinRelWgtSchemeBase* br_wgt = nullptr);
 
     bool read(const std::string& bick, const std::string& bicd);
     void read(std::istream& bick, std::istream& bicd);

@@ -15,7 +15,8 @@ constexpr int kWebReserve = 64;
 PropVarGraphBase::PropVarGraphBase(VarUniverse& universe, options& opts, const std::string& scope)
     : GraphWeb(kWebReserve, false), PropGraphDataHolder(universe),
       ExpVarGraphBase(universe, m_no_data, opts, scope), m_max_prop_node(m_max_exp_node),
-      m_max_prop_group(m_max_exp_group), m_prop_group_nodes(m_exp_group_nodes), m_is_prop_node(m_is_exp_node) {
+      m_max_prop_group(m_max_exp_group), m_prop_group_nodes(m_exp_group_nodes),
+      m_is_prop_node(m_is_exp_node) {
     std::cerr << "univ max vid " << universe.size() << " max vid " << m_var_num << std::endl;
 }
 

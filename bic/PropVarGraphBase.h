@@ -56,7 +56,7 @@ public:
     int& m_max_prop_group;
     Matrix<int>& m_prop_group_nodes;
     ds_bitvec& m_is_prop_node;
-    std::vector<int> m_group_layer; // by property group
+    std::vector<int> m_group_layer;  // by property group
     std::vector<float> m_edge_value; // by edge id
 };
 

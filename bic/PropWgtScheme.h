@@ -47,16 +47,20 @@ public:
     // p = min(p_u, MaxPU[layer]); times the layer's get_prop_weight(prop_id) with UseExpWeight.
     float get_p_weight(float p_u, bool is_edge, int layer, int prop_id) const;
 
-    float get_edge_prop_weight(int prop_node, int bin) const override { return get_edge_exp_weight(prop_node, bin); }
+    float get_edge_prop_weight(int prop_node, int bin) const override {
+        return get_edge_exp_weight(prop_node, bin);
+    }
     float get_non_edge_prop_weight(int prop_node, int bin) const override {
         return get_non_edge_exp_weight(prop_node, bin);
     }
-    float get_edge_prop_cnc(int prop_node, int bin) const override { return get_edge_exp_cnc(prop_node, bin); }
+    float get_edge_prop_cnc(int prop_node, int bin) const override {
+        return get_edge_exp_cnc(prop_node, bin);
+    }
     const ds_bitvec& get_pos_genes(int prop_node) const override { return m_pos_genes[prop_node]; }
 
     const PropVarGraphLayers& m_layers;
-    std::vector<float> m_model_ps; // by layer
-    std::vector<float> m_max_pu;   // by layer
+    std::vector<float> m_model_ps;      // by layer
+    std::vector<float> m_max_pu;        // by layer
     std::vector<ds_bitvec> m_pos_genes; // by property node
 };
 

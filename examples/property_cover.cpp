@@ -32,8 +32,8 @@ bool open_in(std::ifstream& in, const std::string& name) {
 }
 
 // Name of a property node: the condition name, the PSSM consensus or the class name.
-std::string prop_name(const PropVarGraphLayers& g, int node, const StateDataSetReal& data, const PssmSet* pssms,
-                      const VarClasses* classes) {
+std::string prop_name(const PropVarGraphLayers& g, int node, const StateDataSetReal& data,
+                      const PssmSet* pssms, const VarClasses* classes) {
     const int id = g.node_prop(node);
     switch (g.node_layer(node)) {
     case 0:
@@ -112,8 +112,8 @@ int main(int argc, char** argv) {
     for (int n = 0; n < graph.m_max_prop_node; ++n)
         nodes_out << n << "\t" << graph.node_layer(n) << "\t" << graph.node_group(n) << "\t"
                   << graph.get_property_number(n) << "\t"
-                  << prop_name(graph, n, data, pssms.get(), classes.get()) << "\t" << graph.node_out_edges_num(n)
-                  << "\t" << wgt.get_pos_genes(n).on_bits() << "\n";
+                  << prop_name(graph, n, data, pssms.get(), classes.get()) << "\t"
+                  << graph.node_out_edges_num(n) << "\t" << wgt.get_pos_genes(n).on_bits() << "\n";
 
     PBicSet set(graph, wgt);
     if (!set.read(opts.get_str("Tables", "InBick", true), opts.get_str("Tables", "InBicd", true)))
@@ -140,8 +140,8 @@ int main(int argc, char** argv) {
     std::vector<int> ids;
     cover.get_active_list(chosen, ids);
 
-    std::ofstream cover_out(opts.get_str("Tables", "OutCover", true)), bick(opts.get_str("Tables", "OutBick", true)),
-        bicd(opts.get_str("Tables", "OutBicd", true));
+    std::ofstream cover_out(opts.get_str("Tables", "OutCover", true)),
+        bick(opts.get_str("Tables", "OutBick", true)), bicd(opts.get_str("Tables", "OutBicd", true));
     if (!nodes_out || !cand_out || !cover_out || !bick || !bicd) {
         std::cerr << "Cannot write the output tables" << std::endl;
         return 1;
@@ -149,7 +149,8 @@ int main(int argc, char** argv) {
     cover_out << "id\tscore\tprops\tvars\n";
     size_t i = 0;
     for (const PropVarBiclust& b : chosen) {
-        cover_out << ids[i] << "\t" << b.m_score << "\t" << b.m_exps.on_bits() << "\t" << b.m_vars.on_bits() << "\n";
+        cover_out << ids[i] << "\t" << b.m_score << "\t" << b.m_exps.on_bits() << "\t" << b.m_vars.on_bits()
+                  << "\n";
         b.dump_to_tables(ids[i], graph, bick, bicd);
         ++i;
     }

@@ -23,7 +23,8 @@ struct PlainCover {
     }
     double w(int p, int v) const {
         const int bin = r.wgt->get_var_node_bin(v);
-        return r.g->get_edge(p, v) != -1 ? r.wgt->get_edge_prop_weight(p, bin) : r.wgt->get_non_edge_prop_weight(p, bin);
+        return r.g->get_edge(p, v) != -1 ? r.wgt->get_edge_prop_weight(p, bin)
+                                         : r.wgt->get_non_edge_prop_weight(p, bin);
     }
     std::set<int> covered_props(int b) const {
         std::set<int> out;
@@ -203,7 +204,8 @@ TEST(BicSetCoverGreedy, LongTrajectoryStops) {
     Quiet q;
     c.optimize(focus);
     const std::string err = q.done();
-    EXPECT_NE(err.find("LONG Bic Cover Greedy trajectory, breaking out at cur imp = -2\n"), std::string::npos) << err;
+    EXPECT_NE(err.find("LONG Bic Cover Greedy trajectory, breaking out at cur imp = -2\n"), std::string::npos)
+        << err;
     EXPECT_TRUE(c.is_active(0));
     EXPECT_TRUE(c.is_active(1));
     EXPECT_EQ(c.m_cover(c.m_focus_index[0], 3), 2);
@@ -225,8 +227,11 @@ TEST(BicSetCoverGreedyDeathTest, FatalTexts) {
     c.m_delta[0] += 5.0;
     EXPECT_DEATH(c.verify(), R"(BicSetCoverGreedy\([0-9]+\): Inconsist wgt at (in)?active bid 0 wgt[01] )");
 
-    EXPECT_DEATH(b.add_prop_node(0), R"(PropVarBiclust\([0-9]+\): Trying to multiply add the prop node 0 to the nbicluster)");
-    EXPECT_DEATH(b.del_prop_node(1), R"(PropVarBiclust\([0-9]+\): Trying to delete non existing bic prop node 1 from the bicluster)");
+    EXPECT_DEATH(b.add_prop_node(0),
+                 R"(PropVarBiclust\([0-9]+\): Trying to multiply add the prop node 0 to the nbicluster)");
+    EXPECT_DEATH(
+        b.del_prop_node(1),
+        R"(PropVarBiclust\([0-9]+\): Trying to delete non existing bic prop node 1 from the bicluster)");
     std::istringstream k("0 1.0\n"), d("0 0 7 0 0.0\n");
     EXPECT_DEATH(set.read(k, d), R"(PropVarBiclust\([0-9]+\): Cant match prop node 7 0)");
 
@@ -235,7 +240,8 @@ TEST(BicSetCoverGreedyDeathTest, FatalTexts) {
     VarUniverse u;
     u.init_idspace(2);
     PropMatrix m(u);
-    for (const auto& c2 : {std::make_pair("5 0 1.0\n", "Bad var num 5"), std::make_pair("1 1 1.0\n", "Bad exp num 1")}) {
+    for (const auto& c2 :
+         {std::make_pair("5 0 1.0\n", "Bad var num 5"), std::make_pair("1 1 1.0\n", "Bad exp num 1")}) {
         dir.write("expr.txt", c2.first);
         std::map<std::string, std::string> params{{"file", dir.path()}};
         EXPECT_DEATH(m.read("tab", params), std::string(R"(PropMatrix\([0-9]+\): )") + c2.second);

@@ -43,7 +43,8 @@ void brute(const RandomPropGraph& r, const BinRelGraphLayers& br, const BinRelWg
     for (ds_bitvec_iter p(props); p; ++p)
         for (ds_bitvec_iter v(vars); v; ++v) {
             const int e = r.g->get_edge(p, v);
-            score += e != -1 ? r.wgt->get_edge_weight(e) : r.wgt->get_non_edge_prop_weight(p, r.wgt->get_var_node_bin(v));
+            score += e != -1 ? r.wgt->get_edge_weight(e)
+                             : r.wgt->get_non_edge_prop_weight(p, r.wgt->get_var_node_bin(v));
         }
     for (ds_bitvec_iter a(vars); a; ++a)
         for (ds_bitvec_iter b(vars); b; ++b) {

@@ -90,7 +90,6 @@ struct PropWorld {
     std::unique_ptr<PropVarLayerPSSM> pssm;
 };
 
-
 // Weights read from tables: each variable node is its own bin; an edge weighs the edge entry of its
 // pair, its gain is the edge entry less the non-edge one.
 class TableWgt : public PropWgtSchemeBase {
@@ -105,7 +104,8 @@ public:
     }
     float get_edge_weight(int e) const override { return get_edge_prop_weight(m_g.edge_source(e), bin(e)); }
     float get_edge_cnc(int e) const override {
-        return get_edge_prop_weight(m_g.edge_source(e), bin(e)) - get_non_edge_prop_weight(m_g.edge_source(e), bin(e));
+        return get_edge_prop_weight(m_g.edge_source(e), bin(e)) -
+               get_non_edge_prop_weight(m_g.edge_source(e), bin(e));
     }
     float get_edge_exp_weight(int p, int b) const override { return m_edge(p, b); }
     float get_non_edge_exp_weight(int p, int b) const override { return m_non(p, b); }

@@ -62,7 +62,8 @@ TEST(PropMatrix, ReadTxtMatchesNamesAndNormalises) {
                 if (std::isnan(want))
                     EXPECT_TRUE(std::isnan(m.m_values[p][v])) << p << " " << v;
                 else
-                    EXPECT_NEAR(m.m_values[p][v], want, 1e-6f * std::max(1.0f, std::fabs(want))) << p << " " << v;
+                    EXPECT_NEAR(m.m_values[p][v], want, 1e-6f * std::max(1.0f, std::fabs(want)))
+                        << p << " " << v;
             }
     }
 }
@@ -71,7 +72,8 @@ TEST(PropMatrix, TabGxpGeoAndMissingFile) {
     TempDir dir;
     dir.write("expk.txt", "0 a\n2 c\n");
     dir.write("expr.txt", "1 0 5.5\n2 2 -1\n");
-    const std::string gxp = dir.write("g.gxp", "junk\n<TSCRawData>\nid\tx\nGene2\t7\n</TSCRawData>\nGene0\t9\n");
+    const std::string gxp =
+        dir.write("g.gxp", "junk\n<TSCRawData>\nid\tx\nGene2\t7\n</TSCRawData>\nGene0\t9\n");
     VarUniverse u;
     u.init_idspace(3);
     PropMatrix m(u);
@@ -88,8 +90,10 @@ TEST(PropMatrix, TabGxpGeoAndMissingFile) {
     EXPECT_NE(err.find("max_pid is 3"), std::string::npos);
     EXPECT_NE(err.find("done read, match 1 nomatch 0"), std::string::npos);
     ASSERT_EQ(m.prop_num(), 4);
-    const std::vector<std::vector<float>> want = {
-        {0.25f, 5.5f, 0.25f}, {0.25f, 0.25f, 0.25f}, {0.25f, 0.25f, -1.0f}, {PropMatrix::kMissing, PropMatrix::kMissing, 7}};
+    const std::vector<std::vector<float>> want = {{0.25f, 5.5f, 0.25f},
+                                                  {0.25f, 0.25f, 0.25f},
+                                                  {0.25f, 0.25f, -1.0f},
+                                                  {PropMatrix::kMissing, PropMatrix::kMissing, 7}};
     for (int p = 0; p < 4; ++p)
         EXPECT_EQ(m.m_values[p], want[p]) << p;
     std::ostringstream out;
@@ -114,8 +118,9 @@ TEST(PropVarGraphLayers, HandBuilds) {
         EXPECT_EQ(g3->m_var_group_nodes(0, v), 7 + v);
     // g1's 0.5 is not strictly above the threshold, its missing value makes no edge, g2's 0 is
     // zero; the PSSM hits g0 at exactly the threshold and g1 at 0.5.
-    const std::set<EdgeRow> want3 = {{0, 7, 0.7f, 0.7f}, {3, 7, 1.0f, -1.0f}, {0, 9, 0.9f, 0.9f}, {4, 7, 1, 1},
-                                     {4, 9, 1, 1},       {5, 8, 1, 1},         {6, 7, 1, 1}};
+    const std::set<EdgeRow> want3 = {{0, 7, 0.7f, 0.7f}, {3, 7, 1.0f, -1.0f}, {0, 9, 0.9f, 0.9f},
+                                     {4, 7, 1, 1},       {4, 9, 1, 1},        {5, 8, 1, 1},
+                                     {6, 7, 1, 1}};
     EXPECT_EQ(edge_rows(*g3), want3);
     EXPECT_FLOAT_EQ(w.pssm->affinity(0, "GACG"), 0.5f);
 
@@ -124,7 +129,7 @@ TEST(PropVarGraphLayers, HandBuilds) {
     EXPECT_EQ(g2->m_group_layer, (std::vector<int>{0, 0, 2}));
     EXPECT_EQ(g2->m_max_prop_node, 6);
     const std::set<EdgeRow> want2 = {{0, 6, 0.7f, 0.7f}, {3, 6, 1.0f, -1.0f}, {0, 8, 0.9f, 0.9f},
-                                     {4, 6, 1, 1},       {4, 8, 1, 1},         {5, 7, 1, 1}};
+                                     {4, 6, 1, 1},       {4, 8, 1, 1},        {5, 7, 1, 1}};
     EXPECT_EQ(edge_rows(*g2), want2);
 
     // A negative threshold: the PSSM node is made, without edges.
@@ -140,13 +145,15 @@ TEST(PropVarGraphBase, RangedRandomizeKeepsDegreesAndRanges) {
     std::vector<float> deg(g->m_node_count);
     for (int n = 0; n < g->m_node_count; ++n)
         deg[n] = g->m_node_degree[n];
-    const std::vector<int> out0 = {g->node_out_edges_num(4), g->node_out_edges_num(5), g->node_out_edges_num(6)};
+    const std::vector<int> out0 = {g->node_out_edges_num(4), g->node_out_edges_num(5),
+                                   g->node_out_edges_num(6)};
     g->randomize(20, {0.95f});
     // Only the weight-1 edges (4 ->, 5 ->, 6 ->, 3 ->) can rotate among themselves; the 0.7 and 0.9
     // ones are alone in their range and stay.
     EXPECT_NE(g->get_edge(0, 7), -1);
     EXPECT_NE(g->get_edge(0, 9), -1);
-    EXPECT_EQ(out0, (std::vector<int>{g->node_out_edges_num(4), g->node_out_edges_num(5), g->node_out_edges_num(6)}));
+    EXPECT_EQ(out0, (std::vector<int>{g->node_out_edges_num(4), g->node_out_edges_num(5),
+                                      g->node_out_edges_num(6)}));
     for (int v = 7; v < 10; ++v) {
         float sum = 0.0f;
         for (int p = 0; p < 7; ++p)
@@ -168,7 +175,8 @@ TEST(PropWgtSchemeGroupIndeg, WeightsByLayer) {
     WeightedAnnot wannot(w.classes, prop_options(), "Annot");
     for (const bool use_w : {false, true}) {
         SCOPED_TRACE(use_w);
-        auto g = w.build({w.aco.get(), use_w ? static_cast<PropVarLayerBase*>(&wannot) : w.annot.get(), w.pssm.get()});
+        auto g = w.build(
+            {w.aco.get(), use_w ? static_cast<PropVarLayerBase*>(&wannot) : w.annot.get(), w.pssm.get()});
         Quiet q;
         ArrayVarEC ec(w.data);
         ec.m_ec_exps[0].clr_ind(1); // condition 1 unmeasured: its nodes (1, 3) weigh 0
@@ -181,7 +189,8 @@ TEST(PropWgtSchemeGroupIndeg, WeightsByLayer) {
         const double model[7] = {0.6, 0.6, 0.6, 0.6, 0.8, 0.8, 0.7};
         const double f[7] = {1, 0, 1, 0, use_w ? 2.0 : 1.0, use_w ? 3.0 : 1.0, 1};
         for (int n = 0; n < 7; ++n) {
-            const double w1 = f[n] * std::log(model[n] / p[n]), w0 = f[n] * std::log((1 - model[n]) / (1 - p[n]));
+            const double w1 = f[n] * std::log(model[n] / p[n]),
+                         w0 = f[n] * std::log((1 - model[n]) / (1 - p[n]));
             EXPECT_NEAR(s.get_edge_prop_weight(n, 0), w1, 1e-5) << n;
             EXPECT_NEAR(s.get_non_edge_prop_weight(n, 0), w0, 1e-5) << n;
             EXPECT_NEAR(s.get_edge_prop_cnc(n, 0), w1 - w0, 1e-5) << n;
