@@ -23,6 +23,14 @@ int param_int(std::map<std::string, std::string>& params, const char* key, int d
     return s ? std::atoi(s->c_str()) : dflt;
 }
 
+// The `file` parameter, or null with the message.
+const std::string* file_param(std::map<std::string, std::string>& params) {
+    const std::string* file = find_param(params, "file");
+    if (!file)
+        std::cerr << "missing options: file, giving up on these props" << std::endl;
+    return file;
+}
+
 void split_tabs(const std::string& line, std::vector<std::string>& out) {
     out.clear();
     std::string cur;
@@ -148,11 +156,9 @@ void PropMatrix::read_rows(std::istream& in, const std::string& header, const st
 }
 
 void PropMatrix::read_txt(std::map<std::string, std::string>& params) {
-    const std::string* file = find_param(params, "file");
-    if (!file) {
-        std::cerr << "missing options: file, giving up on these props" << std::endl;
+    const std::string* file = file_param(params);
+    if (!file)
         return;
-    }
     std::ifstream in(file->c_str());
     if (!in) {
         std::cerr << "cannot open table " << *file << std::endl;
@@ -177,11 +183,9 @@ void PropMatrix::read_txt(std::map<std::string, std::string>& params) {
 }
 
 void PropMatrix::read_gxp(std::map<std::string, std::string>& params) {
-    const std::string* file = find_param(params, "file");
-    if (!file) {
-        std::cerr << "missing options: file, giving up on these props" << std::endl;
+    const std::string* file = file_param(params);
+    if (!file)
         return;
-    }
     std::ifstream in(file->c_str());
     if (!in) {
         std::cerr << "cannot open gxp " << *file << std::endl;
@@ -198,11 +202,9 @@ void PropMatrix::read_gxp(std::map<std::string, std::string>& params) {
 }
 
 void PropMatrix::read_tab(std::map<std::string, std::string>& params) {
-    const std::string* file = find_param(params, "file");
-    if (!file) {
-        std::cerr << "missing options: file, giving up on these props" << std::endl;
+    const std::string* file = file_param(params);
+    if (!file)
         return;
-    }
     const std::string key_path = *file + "/expk.txt";
     const std::string data_path = *file + "/expr.txt";
     std::ifstream key(key_path.c_str());

@@ -67,22 +67,12 @@ void PropVarGraphBase::randomize(int times, const std::vector<float>& ranges) {
                 e3 = ids[Random::bits() % n];
                 if (e1 == e2 || e1 == e3 || e2 == e3)
                     continue;
-                if (get_edge(edge_source(e1), edge_dest(e2)) == -1 &&
-                    get_edge(edge_source(e2), edge_dest(e3)) == -1 &&
-                    get_edge(edge_source(e3), edge_dest(e1)) == -1)
+                if (rotatable(e1, e2, e3))
                     break;
             }
             if (tries > 1000)
                 break;
-            const int a1 = edge_source(e1), b1 = edge_dest(e1);
-            const int a2 = edge_source(e2), b2 = edge_dest(e2);
-            const int a3 = edge_source(e3), b3 = edge_dest(e3);
-            remove_edge(e1);
-            remove_edge(e2);
-            remove_edge(e3);
-            insert_edge(a1, b2, e1);
-            insert_edge(a2, b3, e2);
-            insert_edge(a3, b1, e3);
+            rotate3(e1, e2, e3);
         }
     }
 }
