@@ -3,7 +3,9 @@
 
 #include "ds/BitVecIter.h"
 #include "error.h"
+#include "options.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 
@@ -179,4 +181,22 @@ int PBicSet::add_bic() {
     m_active.set_size(size());
     m_active.set_ind(size() - 1);
     return size() - 1;
+}
+
+BinRelGlobNodeCost::BinRelGlobNodeCost(const PropVarBiclust& bic, options& opts, const std::string& scope)
+    : m_bic(bic), m_min_br_deg(opts.get_int(scope, "MinBrDeg", true)),
+      m_table((std::cerr << "will init hg" << std::endl, opts.get_int(scope, "HGCacheTableM", true)),
+              opts.get_int(scope, "HGCacheTableM", true)) {
+    std::cerr << "done ini hg " << m_table.n_max() << std::endl;
+}
+
+float BinRelGlobNodeCost::get_node_cost(int node, int degree, bool flag) {
+    if (degree < m_min_br_deg || !m_bic.m_br_graph)
+        return 0.0f;
+    const int size = m_bic.m_vars.on_bits() + (flag ? 1 : 0);
+    const int rel = m_bic.m_br_graph->node_edges_num(m_bic.m_pgraph.node_var(node));
+    const int a = std::max(size, rel), b = std::min(size, rel);
+    const float c =
+        m_table.log_hg(3 * a, a, b, degree) - m_table.log_hg(m_bic.m_pgraph.m_var_num, a, b, degree);
+    return c > 0.0f ? c : 0.0f;
 }

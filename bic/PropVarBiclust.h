@@ -7,6 +7,7 @@
 #include "DynBiclust.h"
 #include "PropVarGraphBase.h"
 #include "PropWgtScheme.h"
+#include "SpecialFunc.h"
 #include "ds/BitVec.h"
 #include "ds/GraphBaseEdgeIter.h"
 
@@ -56,6 +57,24 @@ public:
 private:
     // Sum of the relation weights from variable id `r` to the variable ids inside.
     float relation_sum(int r) const;
+};
+
+class options;
+
+// Keys MinBrDeg (smallest count of relations inside that costs anything) and HGCacheTableM (size of
+// the binomial table). The cost of a variable node with `degree` relations inside the bicluster, a
+// and b the larger and the smaller of the bicluster's size (with `flag`, counting the node itself)
+// and the node's relation degree: log_hg(3a, a, b, degree) - log_hg(M, a, b, degree), M the number of
+// variables, floored at 0: the overlap judged in a universe of three times the bicluster against
+// the whole one.
+class BinRelGlobNodeCost {
+public:
+    BinRelGlobNodeCost(const PropVarBiclust& bic, options& opts, const std::string& scope);
+    float get_node_cost(int node, int degree, bool flag);
+
+    const PropVarBiclust& m_bic;
+    int m_min_br_deg;
+    BinomFuncTable m_table;
 };
 
 // The tables of BicSet over property biclusters: a property line's element is the property number,

@@ -144,3 +144,24 @@ TEST(PBicSet, TablesReadBackAlsoWithALayerAdded) {
     EXPECT_EQ(set.add_bic(), 1);
     EXPECT_TRUE(set.m_active.get_ind(1));
 }
+
+TEST(BinRelGlobNodeCost, AgainstScipyHypergeom) {
+    // Variable 0 relates to 1-6; the bicluster holds 1-8, so 5 of its relations are inside.
+    RandomPropGraph r(1, 1, 40, 0.0, 1);
+    BinRelGraphLayers br;
+    std::istringstream key("0 x\n"), rels("0 0 1\n0 0 2\n0 0 3\n0 0 4\n0 0 5\n0 0 6\n");
+    br.read_tables(key, rels, 40);
+    BinRelWgtSchemeDegree bw(br);
+    PropVarBiclust b(*r.g, *r.wgt, &br, &bw);
+    for (int v = 1; v <= 8; ++v)
+        b.add_var_node(r.g->m_var_group_nodes(0, v));
+    options& o = bic_options("[Cost]\nMinBrDeg = 2\nHGCacheTableM = 100\n");
+    Quiet q;
+    BinRelGlobNodeCost cost(b, o, "Cost");
+    const int node = r.g->m_var_group_nodes(0, 0);
+    // data/bic/prop_node_cost.py (scipy's hypergeom.logpmf).
+    EXPECT_NEAR(cost.get_node_cost(node, 5, false), 2.657380801920504, 1e-3);
+    EXPECT_NEAR(cost.get_node_cost(node, 5, true), 2.018796997441309, 1e-3);
+    EXPECT_NEAR(cost.get_node_cost(node, 2, false), 0.3669572739657334, 1e-3);
+    EXPECT_EQ(cost.get_node_cost(node, 1, false), 0.0f); // below MinBrDeg
+}
