@@ -259,6 +259,23 @@ int ExpVarGraphBase::draw_edge_index(int E) {
     return static_cast<int>((E - 0.5) * u);
 }
 
+bool ExpVarGraphBase::rotatable(int e1, int e2, int e3) const {
+    return get_edge(edge_source(e1), edge_dest(e2)) == -1 && get_edge(edge_source(e2), edge_dest(e3)) == -1 &&
+           get_edge(edge_source(e3), edge_dest(e1)) == -1;
+}
+
+void ExpVarGraphBase::rotate3(int e1, int e2, int e3) {
+    const int a1 = edge_source(e1), b1 = edge_dest(e1);
+    const int a2 = edge_source(e2), b2 = edge_dest(e2);
+    const int a3 = edge_source(e3), b3 = edge_dest(e3);
+    remove_edge(e1);
+    remove_edge(e2);
+    remove_edge(e3);
+    insert_edge(a1, b2, e1);
+    insert_edge(a2, b3, e2);
+    insert_edge(a3, b1, e3);
+}
+
 void ExpVarGraphBase::randomize(int times) {
     const int E = edges_id_space_size();
     const long long steps = static_cast<long long>(E) * times;
@@ -267,27 +284,18 @@ void ExpVarGraphBase::randomize(int times) {
         int e1 = draw_edge_index(E);
         while (!edge_use(e1))
             e1 = draw_edge_index(E);
-        const int a1 = edge_source(e1);
-        const int b1 = edge_dest(e1);
-        int e2, e3, a2, b2, a3, b3;
+        int e2, e3;
         for (;;) {
             e2 = draw_edge_index(E);
             e3 = draw_edge_index(E);
             if (e1 == e2 || e1 == e3 || e2 == e3 || !edge_use(e2) || !edge_use(e3))
                 continue;
-            a2 = edge_source(e2);
-            b2 = edge_dest(e2);
-            a3 = edge_source(e3);
-            b3 = edge_dest(e3);
-            if (get_edge(a1, b2) == -1 && get_edge(a2, b3) == -1 && get_edge(a3, b1) == -1)
+            if (rotatable(e1, e2, e3))
                 break;
         }
-        remove_edge(e1);
-        remove_edge(e2);
-        remove_edge(e3);
-        insert_edge(a1, b2, e1);
-        insert_edge(a2, b3, e2);
-        insert_edge(a3, b1, e3);
+        const int a1 = edge_source(e1), b1 = edge_dest(e1);
+        const int a2 = edge_source(e2), a3 = edge_source(e3), b3 = edge_dest(e3);
+        rotate3(e1, e2, e3);
         // The first key keeps the old destination of e1.
         m_rewired_edges[std::make_pair(a1, b1)] = e1;
         m_rewired_edges[std::make_pair(a2, b3)] = e2;

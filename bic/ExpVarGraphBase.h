@@ -115,6 +115,10 @@ protected:
     int new_node(int group, int exp_id, int var_id, bool is_exp);
     // A new node of condition (variable) `id` in `group`, recorded in that side's group map.
     int add_group_node(Matrix<int>& group_nodes, int group, int id, bool is_exp);
+    // Whether three edges (a1, b1), (a2, b2), (a3, b3) can rotate to (a1, b2), (a2, b3), (a3, b1): none
+    // of those edges exists yet. rotate3 does it, each id keeping its state and weight.
+    bool rotatable(int e1, int e2, int e3) const;
+    void rotate3(int e1, int e2, int e3);
     // A uniform edge index below E, from one 32-bit draw.
     static int draw_edge_index(int E);
 };

@@ -30,8 +30,8 @@ WgtSchemeGroupIndeg::WgtSchemeGroupIndeg(const ExpVarGraphBase& graph, const Arr
     m_edge_cnc.assign(graph.edges_id_space_size(), 0.0f);
     if (do_init) {
         read_keys(opts, scope, model_p);
-        fill_tables([this](float p_u, bool is_edge, int exp_id) {
-            return WgtSchemeGroupIndeg::get_p_weight(p_u, is_edge, exp_id);
+        fill_tables([this](float p_u, bool is_edge, int node) {
+            return WgtSchemeGroupIndeg::get_p_weight(p_u, is_edge, m_graph.m_node_exp[node]);
         });
     }
 }
@@ -83,7 +83,9 @@ float WgtSchemeGroupIndeg::get_p_weight(float p_u, bool is_edge, int exp_id) con
 
 void WgtSchemeGroupIndeg::reinit(options& opts, const std::string& scope, float model_p) {
     read_keys(opts, scope, model_p);
-    fill_tables([this](float p_u, bool is_edge, int exp_id) { return get_p_weight(p_u, is_edge, exp_id); });
+    fill_tables([this](float p_u, bool is_edge, int node) {
+        return get_p_weight(p_u, is_edge, m_graph.m_node_exp[node]);
+    });
 }
 
 void WgtSchemeGroupIndeg::read_keys(options& opts, const std::string& scope, float model_p) {
@@ -95,7 +97,7 @@ void WgtSchemeGroupIndeg::read_keys(options& opts, const std::string& scope, flo
     m_max_patch_pu = opts.get_float(scope, "MaxPatchPU", true);
 }
 
-void WgtSchemeGroupIndeg::fill_tables(const PWeight& p_weight) {
+void WgtSchemeGroupIndeg::fill_tables(const PWeight& p_weight, const PairCounted& counted) {
     const ExpVarGraphBase& g = m_graph;
     const int exp_nodes = g.m_max_exp_node;
     const int bins = m_bins.m_bin_num;
@@ -112,7 +114,7 @@ void WgtSchemeGroupIndeg::fill_tables(const PWeight& p_weight) {
             if (!g.node_use(e))
                 continue;
             const int exp_id = g.m_node_exp[e];
-            if (!measured.get_ind(exp_id)) {
+            if (counted ? !counted(b, e) : !measured.get_ind(exp_id)) {
                 m_edge_exp_weight(b, e) = 0.0f;
                 m_non_edge_exp_weight(b, e) = 0.0f;
                 m_edge_exp_cnc(b, e) = 0.0f;
@@ -129,8 +131,8 @@ void WgtSchemeGroupIndeg::fill_tables(const PWeight& p_weight) {
                     found.first->second = static_cast<float>(approximate_p(d, bin_d, E));
                 p_u = found.first->second;
             }
-            const float w1 = p_weight(p_u, true, exp_id);
-            const float w0 = p_weight(p_u, false, exp_id);
+            const float w1 = p_weight(p_u, true, e);
+            const float w0 = p_weight(p_u, false, e);
             if (std::fabs(w1) >= kBadWeight)
                 VESK_FATAL(kSrc, "Bad wgt " << w1);
             if (std::fabs(w0) >= kBadWeight)
@@ -166,8 +168,8 @@ WgtSchemeGroupIndegHS::WgtSchemeGroupIndegHS(const ExpVarGraphBase& graph, const
     : WgtSchemeGroupIndeg(graph, ec, opts, scope, model_p, false), m_classes(classes), m_class(cls),
       m_non_class_p_factor(opts.get_float(scope, "NonClassPFactor", true)) {
     read_keys(opts, scope, model_p);
-    fill_tables([this](float p_u, bool is_edge, int exp_id) {
-        return WgtSchemeGroupIndegHS::get_p_weight(p_u, is_edge, exp_id);
+    fill_tables([this](float p_u, bool is_edge, int node) {
+        return WgtSchemeGroupIndegHS::get_p_weight(p_u, is_edge, m_graph.m_node_exp[node]);
     });
     calc_nonclass_contrib();
 }

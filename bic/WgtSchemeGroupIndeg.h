@@ -24,7 +24,7 @@
 // placed at random (approximate_p), or MinimumPU where a count truncates to 0. An edge weighs
 // log(ModelP / p) and a non-edge log((1 - ModelP) / (1 - p)), with p = min(p_u, MaxPatchPU).
 // A pair outside the measurement pattern of the bin's class weighs 0 either way.
-class WgtSchemeGroupIndeg : public WgtSchemeBase {
+class WgtSchemeGroupIndeg : public virtual WgtSchemeBase {
 public:
     // With `do_init` false the tables stay zero until reinit.
     WgtSchemeGroupIndeg(const ExpVarGraphBase& graph, const ArrayVarEC& ec, options& opts,
@@ -67,11 +67,15 @@ public:
     bool m_debug;
 
 protected:
-    // get_p_weight of the class being built: constructors pass their own, never the override.
-    typedef std::function<float(float p_u, bool is_edge, int exp_id)> PWeight;
-    // The keys reinit reads, and the tables it computes with `p_weight`.
+    // get_p_weight of the class being built, for a condition node: constructors pass their own, never
+    // the override.
+    typedef std::function<float(float p_u, bool is_edge, int exp_node)> PWeight;
+    // Whether the pair of a bin and a condition node is weighed at all (else both weights are 0).
+    typedef std::function<bool(int bin, int exp_node)> PairCounted;
+    // The keys reinit reads, and the tables it computes with `p_weight`; by default a pair counts
+    // when the bin's measurement class measured the node's condition.
     void read_keys(options& opts, const std::string& scope, float model_p);
-    void fill_tables(const PWeight& p_weight);
+    void fill_tables(const PWeight& p_weight, const PairCounted& counted = PairCounted());
     // The two log ratios for model probability `model` and null probability `p` (already limited),
     // with the negative-to-positive limit and the series factor applied.
     void log_ratios(float model, float p, int exp_id, float& pos, float& neg) const;
