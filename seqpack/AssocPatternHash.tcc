@@ -16,6 +16,8 @@ AssocPatternHash<M, P, S>::AssocPatternHash(const DnaSeqGenomePromoters<S>& geno
     m_matchers.reserve(static_cast<std::size_t>(n));
     for (int g = 0; g < n; ++g)
         m_matchers.push_back(M(genome.get_promoter(g), &this->m_pattern));
+    // A revert before any remember returns to this empty state.
+    m_saved_matchers = m_matchers;
 }
 
 template <class M, class P, class S>
