@@ -118,7 +118,7 @@ TYPED_TEST(AssocPatternHashRandomTest, RandomEditsFollowTheIncrementalRules) {
         model.seqs.push_back(B::seq(w, g));
         model.allowed.push_back(w.allowed.get_ind(g));
     }
-    model.genes.resize(n);
+    model.starts.resize(n);
 
     GeneListener lis;
     lis.genes.set_size(n);
@@ -158,11 +158,11 @@ TYPED_TEST(AssocPatternHashRandomTest, RandomEditsFollowTheIncrementalRules) {
             what = "match " + text;
         } else if (op < 20) {
             hash.push_back(DnaSeqDegChar(static_cast<unsigned char>(c)));
-            model.push_back(c);
+            model.push(true, c);
             what = "push_back";
         } else if (op < 35) {
             hash.push_front(DnaSeqDegChar(static_cast<unsigned char>(c)));
-            model.push_front(c);
+            model.push(false, c);
             what = "push_front";
         } else if (op < 60) {
             const int pos = static_cast<int>(rng() % L);
@@ -171,21 +171,21 @@ TYPED_TEST(AssocPatternHashRandomTest, RandomEditsFollowTheIncrementalRules) {
             what = "change_char " + std::to_string(pos);
         } else if (op < 68) {
             hash.del_back();
-            model.del_back();
+            model.del(true);
             what = "del_back";
         } else if (op < 76) {
             hash.del_front();
-            model.del_front();
+            model.del(false);
             what = "del_front";
         } else if (op < 84) {
             const int to = rng() % 4 == 0 ? -1 : 10 + static_cast<int>(rng() % 60);
             hash.change_to_range(to);
-            model.change_to(to);
+            model.window(true, to);
             what = "to " + std::to_string(to);
         } else if (op < 90) {
             const int from = static_cast<int>(rng() % 30);
             hash.change_from_range(from);
-            model.change_from(from);
+            model.window(false, from);
             what = "from " + std::to_string(from);
         } else if (op < 95) {
             hash.remember();

@@ -131,13 +131,9 @@ struct SeqModel {
 
 // The gene set of a pattern under the incremental rules, with candidates from the real k-mer index.
 struct HashModel {
-    struct Gene {
-        bool have = false;
-        std::set<int> starts;
-    };
     PatModel pat;
     std::vector<SeqModel> seqs;
-    std::vector<Gene> genes;
+    std::vector<std::set<int>> starts; // per gene; empty when no positions are kept
     std::set<int> in;
     std::vector<bool> allowed;
     KMerAggragator<DnaSequence>* index = nullptr;
@@ -152,72 +148,55 @@ struct HashModel {
             out[g] = static_cast<int>(g) < b.size() && b.get_ind(static_cast<int>(g));
         return out;
     }
+    // A fresh match: positions kept from length 4 on.
     bool full(int g) {
-        Gene& s = genes[g];
-        s.starts.clear();
         const std::vector<int> st = seqs[g].starts(pat);
-        if (pat.len() < 4) {
-            s.have = false;
-            return !st.empty();
-        }
-        s.have = true;
-        s.starts.insert(st.begin(), st.end());
-        return !s.starts.empty();
+        starts[g].clear();
+        if (pat.len() >= 4)
+            starts[g].insert(st.begin(), st.end());
+        return !st.empty();
     }
-    template <class Keep> bool filter(int g, Keep keep) {
+    // An incremental step: `step` keeps (and may move) a start; at most 4 positions, a fresh match.
+    template <class Step> bool filter(int g, Step step) {
         if (pat.len() <= 4)
             return full(g);
         std::set<int> next;
-        for (int s : genes[g].starts) {
-            int moved = s;
-            if (keep(s, moved))
-                next.insert(moved);
-        }
-        genes[g].starts.swap(next);
-        return !genes[g].starts.empty();
+        for (int s : starts[g])
+            if (step(s))
+                next.insert(s);
+        starts[g].swap(next);
+        return !starts[g].empty();
+    }
+    template <class Stays> void keep_if(Stays stays) {
+        for (int g : std::set<int>(in))
+            if (!stays(g))
+                in.erase(g);
     }
     void add_candidates(const std::vector<bool>& c) {
         for (std::size_t g = 0; g < c.size(); ++g)
-            if (c[g] && allowed[g] && !in.count(static_cast<int>(g)) && full(static_cast<int>(g)))
+            if (c[g] && allowed[g] && (in.count(static_cast<int>(g)) || full(static_cast<int>(g))))
                 in.insert(static_cast<int>(g));
     }
     void match(const PatModel& p) {
         pat = p;
         in.clear();
-        const std::vector<bool> c = pat.len() >= k ? cand(pat.back(k)) : allowed;
-        for (std::size_t g = 0; g < c.size(); ++g)
-            if (allowed[g] && c[g] && full(static_cast<int>(g)))
-                in.insert(static_cast<int>(g));
+        add_candidates(pat.len() >= k ? cand(pat.back(k)) : allowed);
     }
     bool fits(int g, int p, int c) const { return (seqs[g].at(p) & c) != 0; }
-    void push_back(int c) {
-        pat.push_back(c);
+    void push(bool back, int c) {
+        back ? pat.push_back(c) : pat.push_front(c);
         if (c == 15)
             return;
         const std::vector<bool> cd = cand(pat.back(k));
         const int last = pat.len() - 1;
-        for (int g : std::set<int>(in)) {
-            const bool stays = cd[g] && filter(g, [&](int s, int&) {
-                                   return static_cast<unsigned>(s + last) < static_cast<unsigned>(pat.to) &&
-                                          fits(g, s + last, c);
-                               });
-            if (!stays)
-                in.erase(g);
-        }
-    }
-    void push_front(int c) {
-        pat.push_front(c);
-        if (c == 15)
-            return;
-        const std::vector<bool> cd = cand(pat.back(k));
-        for (int g : std::set<int>(in)) {
-            const bool stays = cd[g] && filter(g, [&](int s, int& moved) {
-                                   moved = s - 1;
-                                   return s > pat.from && fits(g, s - 1, c);
-                               });
-            if (!stays)
-                in.erase(g);
-        }
+        keep_if([&](int g) {
+            return cd[g] && filter(g, [&](int& s) {
+                       if (back)
+                           return static_cast<unsigned>(s + last) < static_cast<unsigned>(pat.to) &&
+                                  fits(g, s + last, c);
+                       return s-- > pat.from && fits(g, s, c);
+                   });
+        });
     }
     void change_char(int pos, int c) {
         const int add = c & ~pat.acc[pos] & 15;
@@ -232,76 +211,44 @@ struct HashModel {
         if (del) {
             const std::vector<bool> cd = cand(pat.kernel(pos, del, k));
             pat.set_acc(pos, pat.acc[pos] & ~del);
-            for (int g : std::set<int>(in)) {
-                if (!cd[g])
-                    continue;
+            keep_if([&](int g) {
                 for (int base : {1, 2, 4, 8})
-                    if ((del & base) && !filter(g, [&](int s, int&) { return !fits(g, s + pos, base); })) {
-                        in.erase(g);
-                        break;
-                    }
-            }
+                    if (cd[g] && (del & base) && !filter(g, [&](int& s) { return !fits(g, s + pos, base); }))
+                        return false;
+                return true;
+            });
         }
     }
-    void del_back() {
-        if ((pat.pop_back() & 15) == 15)
-            return;
-        for (int g : std::set<int>(in))
-            if (!full(g))
-                in.erase(g);
-        add_candidates(cand(pat.back(k)));
-    }
-    void del_front() {
-        const int removed = pat.pop_front();
+    void del(bool back) {
+        const int removed = back ? pat.pop_back() : pat.pop_front();
         if ((removed & 15) == 15)
             return;
-        for (int g : std::set<int>(in))
-            if (!full(g))
-                in.erase(g);
-        std::string t = pat.first(k);
-        if (!t.empty())
+        keep_if([&](int g) { return full(g); });
+        std::string t = back ? pat.back(k) : pat.first(k);
+        if (!back && !t.empty())
             t[0] = PatModel::lookup_letter(PatModel::letter(removed & 15));
         add_candidates(cand(t));
     }
-    void change_to(int to) {
-        const int old = pat.to;
-        pat.to = to;
-        const bool grew = static_cast<unsigned>(to) > static_cast<unsigned>(old);
-        for (int g : std::set<int>(in)) {
-            bool stays;
+    // A window end (to_side) or start moved: a shrink drops starts, a growth adds fresh ones beyond
+    // the old edge.
+    void window(bool to_side, int v) {
+        int& edge = to_side ? pat.to : pat.from;
+        const int old = edge;
+        edge = v;
+        const bool grew = to_side ? static_cast<unsigned>(v) > static_cast<unsigned>(old) : v < old;
+        const bool shrank = to_side ? static_cast<unsigned>(v) < static_cast<unsigned>(old) : v > old;
+        keep_if([&](int g) {
             if (pat.len() <= 4)
-                stays = full(g);
-            else if (grew) {
+                return full(g);
+            if (grew)
                 for (int s : seqs[g].starts(pat))
-                    if (s >= old)
-                        genes[g].starts.insert(s);
-                stays = !genes[g].starts.empty();
-            } else
-                stays = filter(g, [&](int s, int&) { return s < to - pat.len() + 1 || to == old; });
-            if (!stays)
-                in.erase(g);
-        }
+                    if (to_side ? s >= old : s < old)
+                        starts[g].insert(s);
+            if (shrank)
+                return filter(g, [&](int& s) { return to_side ? s < v - pat.len() + 1 : s >= v; });
+            return !starts[g].empty();
+        });
         if (grew)
-            add_candidates(cand(pat.first(k)));
-    }
-    void change_from(int from) {
-        const int old = pat.from;
-        pat.from = from;
-        for (int g : std::set<int>(in)) {
-            bool stays;
-            if (pat.len() <= 4)
-                stays = full(g);
-            else if (from < old) {
-                for (int s : seqs[g].starts(pat))
-                    if (s < old)
-                        genes[g].starts.insert(s);
-                stays = !genes[g].starts.empty();
-            } else
-                stays = filter(g, [&](int s, int&) { return s >= from; });
-            if (!stays)
-                in.erase(g);
-        }
-        if (from < old)
             add_candidates(cand(pat.first(k)));
     }
 };
