@@ -53,7 +53,7 @@ template <class B> void SeqIncrMatchT<B>::scan(int from, int stop, bool check_de
                                                         << m_pat->get_str());
         if (stop >= 0 && p >= stop)
             return;
-        m_matches.push_front(hit);
+        m_matches.push_back(hit);
         it = B::at(*m_seq, p + 1);
     }
 }
@@ -63,40 +63,22 @@ template <class B> bool SeqIncrMatchT<B>::incremental_push_back(DnaSeqDegChar c)
         return match();
     const int last = m_pat->length() - 1;
     const unsigned to = static_cast<unsigned>(m_pat->m_to_range);
-    for (typename std::list<iter_type>::iterator it = m_matches.begin(); it != m_matches.end();) {
-        const int p = B::pos(*m_seq, *it) + last;
-        if (static_cast<unsigned>(p) >= to || !B::fits(*m_seq, p, c))
-            it = m_matches.erase(it);
-        else
-            ++it;
-    }
+    drop_if([&](int& s) { return static_cast<unsigned>(s + last) >= to || !B::fits(*m_seq, s + last, c); });
     return !m_matches.empty();
 }
 
 template <class B> bool SeqIncrMatchT<B>::incremental_push_front(DnaSeqDegChar c) {
     if (short_pattern())
         return match();
-    for (typename std::list<iter_type>::iterator it = m_matches.begin(); it != m_matches.end();) {
-        const int s = B::pos(*m_seq, *it);
-        if (s <= m_pat->m_from_range || !B::fits(*m_seq, s - 1, c)) {
-            it = m_matches.erase(it);
-        } else {
-            *it = B::at(*m_seq, s - 1);
-            ++it;
-        }
-    }
+    const int from = m_pat->m_from_range;
+    drop_if([&](int& s) { return s-- <= from || !B::fits(*m_seq, s, c); });
     return !m_matches.empty();
 }
 
 template <class B> bool SeqIncrMatchT<B>::incremental_del_char(int pos, DnaSeqChar base) {
     if (short_pattern())
         return match();
-    for (typename std::list<iter_type>::iterator it = m_matches.begin(); it != m_matches.end();) {
-        if (B::has_base(*m_seq, B::pos(*m_seq, *it) + pos, base.m_val))
-            it = m_matches.erase(it);
-        else
-            ++it;
-    }
+    drop_if([&](int& s) { return B::has_base(*m_seq, s + pos, base.m_val); });
     return !m_matches.empty();
 }
 
@@ -105,12 +87,7 @@ template <class B> bool SeqIncrMatchT<B>::change_to_range(int old_to, int new_to
         return match();
     if (static_cast<unsigned>(new_to) < static_cast<unsigned>(old_to)) {
         const int first_out = new_to - m_pat->length() + 1;
-        for (typename std::list<iter_type>::iterator it = m_matches.begin(); it != m_matches.end();) {
-            if (B::pos(*m_seq, *it) >= first_out)
-                it = m_matches.erase(it);
-            else
-                ++it;
-        }
+        drop_if([&](int& s) { return s >= first_out; });
     } else if (new_to != old_to) {
         scan(old_to, -1, B::check_decrease);
     }
@@ -121,22 +98,27 @@ template <class B> bool SeqIncrMatchT<B>::change_from_range(int old_from, int ne
     if (short_pattern())
         return match();
     if (new_from > old_from) {
-        for (typename std::list<iter_type>::iterator it = m_matches.begin(); it != m_matches.end();) {
-            if (B::pos(*m_seq, *it) < new_from)
-                it = m_matches.erase(it);
-            else
-                ++it;
-        }
+        drop_if([&](int& s) { return s < new_from; });
     } else if (new_from < old_from) {
         scan(new_from, old_from, false);
     }
     return !m_matches.empty();
 }
 
+template <class B> template <class Drop> void SeqIncrMatchT<B>::drop_if(Drop drop) {
+    std::size_t keep = 0;
+    for (std::size_t i = 0; i < m_matches.size(); ++i) {
+        int s = B::pos(*m_seq, m_matches[i]);
+        if (!drop(s))
+            m_matches[keep++] = B::at(*m_seq, s);
+    }
+    m_matches.resize(keep);
+}
+
 template <class B> std::list<int> SeqIncrMatchT<B>::positions() const {
     std::list<int> out;
     for (const iter_type& it : m_matches)
-        out.push_back(B::pos(*m_seq, it));
+        out.push_front(B::pos(*m_seq, it));
     return out;
 }
 

@@ -8,6 +8,7 @@
 
 #include <list>
 #include <string>
+#include <vector>
 
 // The shared rules over a branch policy B (sequence, pattern, position iterator and the letter tests).
 // The caller changes the pattern first and calls the matcher second; each call returns whether a
@@ -40,12 +41,15 @@ public:
 
     // The starts as positions, newest first.
     std::list<int> positions() const;
+    // Drops the starts for which `drop(position)` holds; a kept start may be moved through the
+    // reference.
+    template <class Drop> void drop_if(Drop drop);
     bool has_positions() const { return m_have_positions; }
 
     const seq_type* m_seq;
     const pat_type* m_pat;
     bool m_have_positions;
-    std::list<iter_type> m_matches;
+    std::vector<iter_type> m_matches; // newest at the back: a vector filters in one pass
     int m_min_len;
 
 private:
