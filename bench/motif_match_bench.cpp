@@ -17,8 +17,8 @@
 #include "AssocPatternHash.h"
 #include "VarUniverse.h"
 
-#include <ctime>
 #include <cstring>
+#include <ctime>
 #include <fstream>
 #include <iostream>
 #include <random>
@@ -41,17 +41,23 @@ long rss_kb() {
     return v;
 }
 
-// Two positions widened to a second base, one to any base.
+// One position widened to two bases, one to any base. The letters are those of the packed pattern's
+// table (A or C is 'L', C or T is 'M'). The regular expression reads as the packed match does: an N in
+// the sequence fits every position, and two more letters must follow (the packed scan leaves out the
+// last two starts).
 std::string degenerate(const std::string& kmer, std::mt19937& rng, std::string& ere) {
-    static const char* two[4][3] = {{"R", "M", "W"}, {"M", "S", "Y"}, {"R", "S", "K"}, {"W", "Y", "K"}};
-    static const char* two_ere[4][3] = {{"[AG]", "[AC]", "[AT]"}, {"[AC]", "[CG]", "[CT]"},
-                                        {"[AG]", "[CG]", "[GT]"}, {"[AT]", "[CT]", "[GT]"}};
+    static const char* two[4][3] = {{"R", "L", "W"}, {"L", "S", "M"}, {"R", "S", "K"}, {"W", "M", "K"}};
+    static const char* two_ere[4][3] = {{"[AGN]", "[ACN]", "[ATN]"},
+                                        {"[ACN]", "[CGN]", "[CTN]"},
+                                        {"[AGN]", "[CGN]", "[GTN]"},
+                                        {"[ATN]", "[CTN]", "[GTN]"}};
     std::string pat;
     ere.clear();
     const int star = static_cast<int>(rng() % 8);
     const int w1 = static_cast<int>(rng() % 8);
     for (int i = 0; i < 8; ++i) {
-        const int b = std::string("ACGT").find(kmer[static_cast<std::size_t>(i)]);
+        const char c = kmer[static_cast<std::size_t>(i)];
+        const int b = static_cast<int>(std::string("ACGT").find(c));
         if (i == star) {
             pat += '*';
             ere += '.';
@@ -60,10 +66,11 @@ std::string degenerate(const std::string& kmer, std::mt19937& rng, std::string& 
             pat += two[b][pick];
             ere += two_ere[b][pick];
         } else {
-            pat += kmer[static_cast<std::size_t>(i)];
-            ere += kmer[static_cast<std::size_t>(i)];
+            pat += c;
+            ere += std::string("[") + c + "N]";
         }
     }
+    ere += "..";
     return pat;
 }
 } // namespace
@@ -107,7 +114,11 @@ int main(int argc, char** argv) {
             if (!letters.get_promoter(g).is_empty() && !dense.get_promoter(g).is_empty() &&
                 (n_genes < 0 || genes.on_bits() < n_genes)) {
                 genes.set_ind(g);
-                seqs << letters.get_promoter(g).c_str() << "\n";
+                std::string line = letters.get_promoter(g);
+                for (char& c : line)
+                    if (c == '\0')
+                        c = 'X'; // padding in front of a short promoter
+                seqs << line << "\n";
             }
     }
     std::cout << "genes with promoters\t" << genes.on_bits() << std::endl;
@@ -116,8 +127,8 @@ int main(int argc, char** argv) {
     double t0 = cpu_now();
     KMerAggragator<DnaSequence> index(univ, letters);
     index.init(6, max_deg, 0, 0, genes, 0, -1);
-    std::cout << "index k 6 max deg " << max_deg << "\tcpu " << cpu_now() - t0 << " s\trss +" << (rss_kb() - rss0) / 1024
-              << " MB" << std::endl;
+    std::cout << "index k 6 max deg " << max_deg << "\tcpu " << cpu_now() - t0 << " s\trss +"
+              << (rss_kb() - rss0) / 1024 << " MB" << std::endl;
 
     std::mt19937 rng(seed);
     std::vector<int> ids;
@@ -168,8 +179,8 @@ int main(int argc, char** argv) {
     assoc.remember();
     double edits = 0.0;
     int on = 0;
-    static const char* names[8] = {"push_back", "push_front", "del_back", "del_front",
-                                   "change_to_range", "remember", "revert", "change_char"};
+    static const char* names[8] = {"push_back",       "push_front", "del_back", "del_front",
+                                   "change_to_range", "remember",   "revert",   "change_char"};
     double op_time[8] = {0};
     int op_count[8] = {0};
     for (int i = 0; i < n_edits; ++i) {

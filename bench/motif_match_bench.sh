@@ -7,7 +7,9 @@
 #   - all 26,454 promoters (2,000 bases), index k 6 without '*' (MAXDEG_ALL, default 0; the index walk
 #     is slow with '*'): 20 random 8-position degenerate patterns matched in the packed form, and the
 #     same patterns as extended regular expressions counted by grep -c -E over the letter promoters one
-#     per line (each grep timed by the shell; counts compared);
+#     per line (each grep timed by the shell; counts compared). The expressions read as the packed match
+#     does: N in a promoter fits every position, and two letters must follow a match. A promoter
+#     shorter than 2,000 bases is packed behind whole words of padding and may count differently;
 #   - the first EDIT_GENES promoters (default 2000), index k 6 with one '*': 10,000 random single edits
 #     beside a fresh match of all genes.
 # Outputs go to bench/data/out/motif/. The load average is printed before each part.

@@ -46,11 +46,17 @@ struct PatWorld {
 
 // Follows events 0, 1 and 3 into its own set, and empties it on 5 (a new pattern).
 struct GeneListener {
-    const AssocPatternBase<Dna8MerPattern>* dense = nullptr;
     ds_bitvec genes;
     const ds_bitvec* source = nullptr;
     std::function<int()> cur;
     int events = 0;
+    template <class H> void attach(H& hash) {
+        genes = hash.get_genes();
+        source = &hash.get_genes();
+        cur = [&hash]() { return hash.get_cur_oper_gene(); };
+        for (int e : {0, 1, 3, 4, 5})
+            hash.get_dispatch().subscribe(e, makeFunctor((CBFunctor1<int>*)0, *this, &GeneListener::on));
+    }
     void on(int e) {
         ++events;
         if (e == 0)
@@ -78,7 +84,6 @@ struct DenseBranch {
         m.length = s.m_length;
         return m;
     }
-    static bool fresh(const Pat& p, const PatWorld& w, int g) { return p.match(w.dense.get_promoter(g)); }
 };
 
 struct LetterBranch {
@@ -94,7 +99,6 @@ struct LetterBranch {
         m.length = static_cast<int>(m.vals.size());
         return m;
     }
-    static bool fresh(const Pat& p, const PatWorld& w, int g) { return p.match(w.letters.get_promoter(g)); }
 };
 
 template <class B> class AssocPatternHashRandomTest : public ::testing::Test {};
@@ -121,11 +125,7 @@ TYPED_TEST(AssocPatternHashRandomTest, RandomEditsFollowTheIncrementalRules) {
     model.starts.resize(n);
 
     GeneListener lis;
-    lis.genes.set_size(n);
-    lis.source = &hash.get_genes();
-    lis.cur = [&hash]() { return hash.get_cur_oper_gene(); };
-    for (int e : {0, 1, 3, 5})
-        hash.get_dispatch().subscribe(e, makeFunctor((CBFunctor1<int>*)0, lis, &GeneListener::on));
+    lis.attach(hash);
 
     HashModel saved = model;
     int matched_steps = 0, empty_run = 0;
@@ -206,7 +206,8 @@ TYPED_TEST(AssocPatternHashRandomTest, RandomEditsFollowTheIncrementalRules) {
         empty_run = expect.on_bits() > 0 ? 0 : empty_run + 1;
         if (step % 7 == 0) {
             for (int g = 0; g < n; g += 3)
-                ASSERT_EQ(B::fresh(hash.get_pattern(), w, g), !model.seqs[g].starts(model.pat).empty())
+                ASSERT_EQ(hash.get_pattern().match(B::genome(w).get_promoter(g)),
+                          !model.seqs[g].starts(model.pat).empty())
                     << "gene " << g;
         }
     }
@@ -214,119 +215,95 @@ TYPED_TEST(AssocPatternHashRandomTest, RandomEditsFollowTheIncrementalRules) {
     EXPECT_GT(matched_steps, 1500);
 }
 
-// A fixed world: promoters built by hand, 40 letters each.
-struct SmallWorld : PatWorld {
-    SmallWorld()
+// Four promoters built by hand, 40 letters each, and a hash matched to a pattern.
+struct SmallHash : PatWorld {
+    AssocPatternHashDense hash;
+    explicit SmallHash(const char* text)
         : PatWorld(4, 40, 1,
                    {std::string(12, 'C') + "GACGTA" + std::string(22, 'C'),
                     std::string(20, 'C') + "GACGTT" + std::string(14, 'C'), std::string(40, 'C'),
-                    std::string(30, 'C') + "GACGTA" + std::string(4, 'C')}) {}
+                    std::string(30, 'C') + "GACGTA" + std::string(4, 'C')}),
+          hash(dense, index, allowed, 6) {
+        hash.m_trace = false;
+        Dna8MerPattern p;
+        p.init_str(text);
+        hash.match(p);
+    }
+    ds_bitvec bits(std::initializer_list<int> on) const {
+        ds_bitvec v(4);
+        for (int i : on)
+            v.set_ind(i);
+        return v;
+    }
 };
 
-ds_bitvec bits(int n, std::initializer_list<int> on) {
-    ds_bitvec v(n);
-    for (int i : on)
-        v.set_ind(i);
-    return v;
-}
-
 TEST(AssocPatternHashTest, EventsOfWildcardsReduceAndRevert) {
-    SmallWorld w;
-    AssocPatternHashDense hash(w.dense, w.index, w.allowed, 6);
-    hash.m_trace = false;
+    SmallHash h("GACGT");
+    AssocPatternHashDense& hash = h.hash;
+    EXPECT_EQ(hash.get_genes(), h.bits({0, 1, 3}));
     GeneListener lis;
-    lis.genes.set_size(4);
-    lis.source = &hash.get_genes();
-    lis.cur = [&hash]() { return hash.get_cur_oper_gene(); };
-    for (int e : {0, 1, 3, 4, 5})
-        hash.get_dispatch().subscribe(e, makeFunctor((CBFunctor1<int>*)0, lis, &GeneListener::on));
-    Dna8MerPattern p;
-    p.init_str("GACGT");
-    hash.match(p);
-    EXPECT_EQ(hash.get_genes(), bits(4, {0, 1, 3}));
-    EXPECT_EQ(lis.events, 1 + 3); // event 5, then three joins
-
+    lis.attach(hash);
     // A wildcard changes no gene and sends nothing.
-    lis.events = 0;
     hash.push_back(DnaSeqDegChar(15));
     EXPECT_EQ(lis.events, 0);
     EXPECT_EQ(hash.get_pattern().get_str(), "GACGT*");
-
-    // A or T behind; then both removed at once: gene 0 and 3 (A) and 1 (T) leave, each once.
+    // A or T behind; then both removed at once: genes 0 and 3 (A) and 1 (T) leave, each once.
     hash.remember();
     hash.change_char(5, DnaSeqDegChar(9));
-    EXPECT_EQ(hash.get_genes(), bits(4, {0, 1, 3}));
+    EXPECT_EQ(hash.get_genes(), h.bits({0, 1, 3}));
     lis.events = 0;
     hash.reduce_char(5, DnaSeqDegChar(9));
-    EXPECT_EQ(hash.get_genes(), bits(4, {}));
+    EXPECT_EQ(hash.get_genes(), h.bits({}));
     EXPECT_EQ(lis.events, 3);
     EXPECT_TRUE(hash.verify());
-
     // revert restores the set with one event 3 and no gene events.
     lis.events = 0;
     hash.revert();
     EXPECT_EQ(lis.events, 1);
-    EXPECT_EQ(hash.get_genes(), bits(4, {0, 1, 3}));
+    EXPECT_EQ(hash.get_genes(), h.bits({0, 1, 3}));
     EXPECT_EQ(lis.genes, hash.get_genes());
     EXPECT_EQ(hash.get_pattern().get_str(), "GACGT*");
 }
 
 TEST(AssocPatternHashTest, WindowShrunkAndRegrown) {
-    SmallWorld w;
-    AssocPatternHashDense hash(w.dense, w.index, w.allowed, 6);
-    hash.m_trace = false;
-    Dna8MerPattern p;
-    p.init_str("GACGT");
-    hash.match(p);
+    SmallHash h("GACGT");
+    AssocPatternHashDense& hash = h.hash;
     // Gene 0's site ends at 16, gene 1's at 24, gene 3's at 34.
     hash.change_to_range(25);
-    EXPECT_EQ(hash.get_genes(), bits(4, {0, 1}));
+    EXPECT_EQ(hash.get_genes(), h.bits({0, 1}));
     hash.change_to_range(24);
-    EXPECT_EQ(hash.get_genes(), bits(4, {0}));
+    EXPECT_EQ(hash.get_genes(), h.bits({0}));
     hash.change_from_range(13);
-    EXPECT_EQ(hash.get_genes(), bits(4, {}));
+    EXPECT_EQ(hash.get_genes(), h.bits({}));
     hash.change_from_range(0);
     hash.change_to_range(-1);
-    EXPECT_EQ(hash.get_genes(), bits(4, {0, 1, 3}));
+    EXPECT_EQ(hash.get_genes(), h.bits({0, 1, 3}));
     EXPECT_TRUE(hash.verify());
     // A window beyond the sequence's end is no window.
     hash.change_to_range(400);
-    EXPECT_EQ(hash.get_genes(), bits(4, {0, 1, 3}));
+    EXPECT_EQ(hash.get_genes(), h.bits({0, 1, 3}));
 }
 
-TEST(AssocPatternHashTest, PushFrontKeepsOldStartsAndVerifyTellsTheDifference) {
-    SmallWorld w;
-    AssocPatternHashDense hash(w.dense, w.index, w.allowed, 6);
-    hash.m_trace = false;
-    Dna8MerPattern p;
-    p.init_str("ACGTA");
-    hash.match(p);
-    EXPECT_EQ(hash.get_genes(), bits(4, {0, 3}));
+TEST(AssocPatternHashTest, IncrementalAndFreshMatchPartWhereTheEncodingSaysSo) {
     // A wildcard pushed in front leaves the starts where they were, so the A added next is tested
-    // right before the old start (a C in both genes): both leave, though a fresh match of "##ACGTA"
+    // right before the old start (a C in genes 0 and 3): both leave, though a fresh match of "##ACGTA"
     // (both new fronts accept every base) still holds them.
-    hash.push_front(DnaSeqDegChar(15));
-    hash.push_front(DnaSeqDegChar(1));
-    EXPECT_EQ(hash.get_pattern().get_str(), "##ACGTA");
-    EXPECT_EQ(hash.get_genes(), bits(4, {}));
-    EXPECT_DEATH(hash.verify(),
+    SmallHash front("ACGTA");
+    EXPECT_EQ(front.hash.get_genes(), front.bits({0, 3}));
+    front.hash.push_front(DnaSeqDegChar(15));
+    front.hash.push_front(DnaSeqDegChar(1));
+    EXPECT_EQ(front.hash.get_pattern().get_str(), "##ACGTA");
+    EXPECT_EQ(front.hash.get_genes(), front.bits({}));
+    EXPECT_DEATH(front.hash.verify(),
                  R"(AssocPatternHash\([0-9]+\): Incomaptible matching at gene 0 increm was 0)");
-}
-
-TEST(AssocPatternHashTest, RefusedAIsAFreshMatchOnly) {
-    // Gene 0 holds GACGTA: pushing G then A C G T by push_back keeps it incrementally, while a fresh
-    // match refuses the A right behind the last T.
-    SmallWorld w;
-    AssocPatternHashDense hash(w.dense, w.index, w.allowed, 6);
-    hash.m_trace = false;
-    Dna8MerPattern p;
-    p.init_str("GA");
-    hash.match(p);
+    // C, G, T pushed behind GA keep genes 0 and 3 incrementally, while a fresh match refuses the A
+    // right behind the last pushed T.
+    SmallHash back("GA");
     for (int b : {4, 2, 8})
-        hash.push_back(DnaSeqDegChar(static_cast<unsigned char>(b)));
-    EXPECT_EQ(hash.get_pattern().get_str(), "GACGT");
-    EXPECT_EQ(hash.get_genes(), bits(4, {0, 1, 3}));
-    EXPECT_DEATH(hash.verify(),
+        back.hash.push_back(DnaSeqDegChar(static_cast<unsigned char>(b)));
+    EXPECT_EQ(back.hash.get_pattern().get_str(), "GACGT");
+    EXPECT_EQ(back.hash.get_genes(), back.bits({0, 1, 3}));
+    EXPECT_DEATH(back.hash.verify(),
                  R"(AssocPatternHash\([0-9]+\): Incomaptible matching at gene 0 increm was 1)");
 }
 } // namespace

@@ -90,20 +90,15 @@ TEST(BicMotifTaboo, PeriodOneExpiresTheWindowTabooNextRound) {
 
 TEST(BicMotifTaboo, BetterWithNegativeScores) {
     TabooRun r(2);
-    const BicMotifTaboo& t = *r.taboo;
-    struct Case {
-        float a, b;
-        bool better;
-    } cases[] = {// Epsilon 0.001: a gain must exceed it ...
-                 {1.0f, 1.0005f, false},
-                 {1.0f, 1.002f, true},
-                 {-10.0f, -9.5f, true},
-                 {-10.0f, -11.0f, false},
-                 // ... unless both are negative and b is less than 0.9 of a.
-                 {-0.0005f, -0.0004f, true},
-                 {-0.0005f, -0.00048f, false},
-                 {-3.4028234663852886e+38f, -100.0f, true}};
-    for (const Case& c : cases)
-        EXPECT_EQ(t.better(c.a, c.b), c.better) << c.a << " " << c.b;
+    // Epsilon 0.001: a gain must exceed it, unless both are negative and b is less than 0.9 of a.
+    const float cases[][3] = {{1.0f, 1.0005f, 0},
+                              {1.0f, 1.002f, 1},
+                              {-10.0f, -9.5f, 1},
+                              {-10.0f, -11.0f, 0},
+                              {-0.0005f, -0.0004f, 1},
+                              {-0.0005f, -0.00048f, 0},
+                              {-3.4028234663852886e+38f, -100.0f, 1}};
+    for (const auto& c : cases)
+        EXPECT_EQ(r.taboo->better(c[0], c[1]), c[2] != 0) << c[0] << " " << c[1];
 }
 } // namespace
