@@ -75,15 +75,6 @@ struct DenseBranch {
     typedef Dna8MerPattern Pat;
     static const bool dense = true;
     static const DnaSeqGenomePromoters<DnaDenseSequence>& genome(const PatWorld& w) { return w.dense; }
-    static SeqModel seq(const PatWorld& w, int g) {
-        SeqModel m;
-        const DnaDenseSequence& s = w.dense.get_promoter(g);
-        for (const DnaDegChar8Mer& word : s.m_words)
-            for (int i = 0; i < 8; ++i)
-                m.vals.push_back(word.get_nibble(i));
-        m.length = s.m_length;
-        return m;
-    }
 };
 
 struct LetterBranch {
@@ -91,15 +82,24 @@ struct LetterBranch {
     typedef DnaSeqPattern Pat;
     static const bool dense = false;
     static const DnaSeqGenomePromoters<DnaSequence>& genome(const PatWorld& w) { return w.letters; }
-    static SeqModel seq(const PatWorld& w, int g) {
-        SeqModel m;
-        m.dense = false;
+};
+
+// The promoter as set bits a position: packed nibbles (the whole last word), or letter bits.
+SeqModel seq_model(const PatWorld& w, int g, bool dense) {
+    SeqModel m;
+    m.dense = dense;
+    if (dense) {
+        for (const DnaDegChar8Mer& word : w.dense.get_promoter(g).m_words)
+            for (int i = 0; i < 8; ++i)
+                m.vals.push_back(word.get_nibble(i));
+        m.length = w.dense.get_promoter(g).m_length;
+    } else {
         for (char c : w.letters.get_promoter(g))
             m.vals.push_back(c == 'A' ? 1 : c == 'G' ? 2 : c == 'C' ? 4 : c == 'T' ? 8 : 0);
         m.length = static_cast<int>(m.vals.size());
-        return m;
     }
-};
+    return m;
+}
 
 template <class B> class AssocPatternHashRandomTest : public ::testing::Test {};
 typedef ::testing::Types<DenseBranch, LetterBranch> Branches;
@@ -119,7 +119,7 @@ TYPED_TEST(AssocPatternHashRandomTest, RandomEditsFollowTheIncrementalRules) {
     model.index = &w.index;
     model.pat.dense = B::dense;
     for (int g = 0; g < n; ++g) {
-        model.seqs.push_back(B::seq(w, g));
+        model.seqs.push_back(seq_model(w, g, B::dense));
         model.allowed.push_back(w.allowed.get_ind(g));
     }
     model.starts.resize(n);

@@ -37,21 +37,24 @@ struct PatModel {
         acc.push_back(dense ? c & 15 : c);
         text.push_back(lookup_letter(letter(c)));
     }
-    // Version p takes the old version p + 1 (version 7 the old 0): masks turn by one phase.
-    void push_front(int c) {
+    // Positions move by d; version p takes the old version p + d (mod 8), so the phase masks turn.
+    void shift(int d) {
         std::map<int, int> moved;
         for (const auto& l : leaks)
-            moved[l.first + 1] = ((l.second >> 1) | (l.second << 7)) & 255;
+            moved[l.first + d] =
+                (d > 0 ? (l.second >> 1) | (l.second << 7) : (l.second << 1) | (l.second >> 7)) & 255;
         leaks.swap(moved);
+    }
+    void push_front(int c) {
+        shift(1);
         acc.insert(acc.begin(), dense ? 15 : c);
         text.insert(text.begin(), dense ? '*' : lookup_letter(letter(c)));
     }
     // A version whose old last position opened a word drops that word with its spilled bits.
     int pop_back() {
-        const int v = acc.back();
+        const int v = acc.back(), n = len() - 1;
         acc.pop_back();
         text.pop_back();
-        const int n = len();
         for (auto& l : leaks)
             for (int p = 0; p < 8; ++p)
                 if ((n + p) % 8 == 0 && (l.first + p) / 8 == (n + p) / 8)
@@ -62,10 +65,7 @@ struct PatModel {
         const int v = acc.front();
         acc.erase(acc.begin());
         text.erase(text.begin());
-        std::map<int, int> moved;
-        for (const auto& l : leaks)
-            moved[l.first - 1] = ((l.second << 1) | (l.second >> 7)) & 255;
-        leaks.swap(moved);
+        shift(-1);
         return v;
     }
     void set_acc(int pos, int v) {
