@@ -1,6 +1,7 @@
 // BicSet: reading the bicluster tables back against the graph, and replacing biclusters.
 #include "BicSet.h"
 
+#include "DnaSeqPattern.h"
 #include "error.h"
 
 #include <fstream>
@@ -81,6 +82,36 @@ void BicSet::read(std::istream& bick, std::istream& bicd) {
                 VESK_FATAL(kSrc, "Cant match exp node " << element << " " << group);
             m_bics[id].add_exp_node(node);
         }
+    }
+}
+
+bool BicSet::read_bicm(const std::string& bicm) {
+    std::ifstream in(bicm);
+    if (!in) {
+        std::cerr << "Cannot open bicm file " << bicm << std::endl;
+        return false;
+    }
+    read_bicm(in);
+    return true;
+}
+
+void BicSet::read_bicm(std::istream& bicm) {
+    m_patterns.assign(m_bics.size(), "none");
+    m_pat_from.assign(m_bics.size(), -1);
+    m_pat_to.assign(m_bics.size(), -1);
+    int id, from, to;
+    std::string pattern;
+    DnaSeqPattern parsed;
+    while (bicm >> id && id >= 0 && bicm >> pattern >> from >> to) {
+        if (id >= static_cast<int>(m_patterns.size())) {
+            m_patterns.resize(static_cast<std::size_t>(id) + 1, "none");
+            m_pat_from.resize(static_cast<std::size_t>(id) + 1, -1);
+            m_pat_to.resize(static_cast<std::size_t>(id) + 1, -1);
+        }
+        parsed.init_str(pattern);
+        m_patterns[static_cast<std::size_t>(id)] = parsed.get_str();
+        m_pat_from[static_cast<std::size_t>(id)] = from;
+        m_pat_to[static_cast<std::size_t>(id)] = to;
     }
 }
 

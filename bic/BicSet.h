@@ -12,8 +12,9 @@
 // bick: id and score a line; bicd: id, 0 (condition) or 1 (variable), condition or variable id,
 // group, margin a line. Any white space separates; reading stops at the first token that doesn't
 // parse. Written through ExpVarBiclust::dump_to_tables. A bicluster's members are found through the
-// graph's group tables, so a set is read against the graph it was written from. (The motif table
-// bicm, with pattern and positions, waits for the pattern classes.)
+// graph's group tables, so a set is read against the graph it was written from. bicm: id, pattern
+// (or "none"), from, to a line; reading stops at the first token that isn't an id, so a file with
+// more columns stops after its first line.
 class BicSet {
 public:
     BicSet(const ExpVarGraphBase& graph, WgtSchemeBase& wgt);
@@ -21,6 +22,10 @@ public:
     // True if both files opened.
     bool read(const std::string& bick, const std::string& bicd);
     void read(std::istream& bick, std::istream& bicd);
+    // True if the file opened. Patterns are parsed as letter patterns and kept as their text (digits
+    // expanded to '*'); every bicluster without a line has "none" and -1, -1.
+    bool read_bicm(const std::string& bicm);
+    void read_bicm(std::istream& bicm);
     // Makes bicluster `id` (growing the set if needed) the conditions `exps[i]` in groups
     // `exp_groups[i]` and the variables of `vars` in `var_group`, active, with the given pattern.
     void replace_bic(int id, const std::vector<int>& exps, const std::vector<int>& exp_groups,
