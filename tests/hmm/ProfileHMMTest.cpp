@@ -118,13 +118,6 @@ ProfileHMM tagged_profile(int L, float tag) {
     return h;
 }
 
-float start_p(const HMM& h, int to) {
-    for (const HMMAdjacency& a : h.m_adj[0])
-        if (a.to == to)
-            return a.p;
-    return -1.0f;
-}
-
 // The print of a profile: every state with its edges and emissions.
 std::string text(const ProfileHMM& h) {
     std::ostringstream o;
@@ -162,7 +155,7 @@ TEST(KProfileHMM, AddGetDeleteWithStartRescaling) {
     for (const HMMAdjacency& e : k.m_adj[0])
         total += e.p;
     EXPECT_NEAR(1.0f, total, 1e-6);
-    EXPECT_NEAR(0.6f / 3, start_p(k, k.m_adj[0].front().to), 1e-6);
+    EXPECT_NEAR(0.6f / 3, edge_p(k, 0, k.m_adj[0].front().to), 1e-6);
     for (int copy = 0; copy < 3; ++copy) {
         ProfileHMM o(3, L);
         k.get_prof_hmm(copy, o);
@@ -200,12 +193,8 @@ TEST(ProfileHMMMultiAlign, InsertBlocksPackedLeft) {
     ProfileHMMMultiAlign(h).align(seqs, use, msa);
     ASSERT_EQ(3, msa.num_rows());
     const char* want[] = {"0--1-", "0221-", "0--12"};
-    for (int r = 0; r < 3; ++r) {
-        std::string row;
-        for (int c = 0; c < msa.num_cols(); ++c)
-            row.push_back(msa.slot(r, c) < 0 ? '-' : static_cast<char>('0' + seqs[r][msa.slot(r, c)]));
-        EXPECT_EQ(want[r], row);
-    }
+    for (int r = 0; r < 3; ++r)
+        EXPECT_EQ(want[r], msa_row(msa, seqs, r));
 }
 
 TEST(ProfileHMMDeath, FatalTexts) {
