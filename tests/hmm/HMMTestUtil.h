@@ -30,6 +30,13 @@ private:
     std::streambuf* m_old;
 };
 
+// What verify() writes to std::cerr, with "false" appended when it fails: empty for a clean model.
+inline std::string verify_report(const HMM& h) {
+    QuietCerr quiet;
+    const bool ok = h.verify();
+    return quiet.text() + (ok ? "" : "false");
+}
+
 // Digits '0'..'9' as codes 0..9.
 inline SymbolSequence digits(const std::string& s) {
     SymbolSequence seq;

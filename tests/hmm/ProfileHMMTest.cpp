@@ -85,13 +85,7 @@ TEST(ProfileHMM, TopologyEqualsLabelConstruction) {
             }
         }
         make_uniform(h);
-        std::string report;
-        {
-            QuietCerr inner;
-            EXPECT_TRUE(h.verify());
-            report = inner.text();
-        }
-        EXPECT_EQ("", report);
+        EXPECT_EQ("", verify_report(h));
     }
 }
 
