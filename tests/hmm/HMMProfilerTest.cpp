@@ -27,20 +27,6 @@ struct ProfOpts {
     }
 };
 
-// The first n entries of a FASTA file in the scratch folder; false when it is absent.
-bool read_some(const std::string& file, std::size_t n, ProteinSequenceSet& out) {
-    std::ifstream in(source_dir() + "/bench/data/scratch/hmm/" + file);
-    if (!in)
-        return false;
-    ProteinSequenceSet all;
-    all.read_fasta_file(in);
-    for (std::size_t i = 0; i < n && i < all.size(); ++i) {
-        out.push_back(all[i]);
-        out.m_names.push_back(all.m_names[i]);
-    }
-    return true;
-}
-
 // Short protein-coded sequences: a family around ACDEF and one around WYKLM.
 ProteinSequenceSet two_families() {
     ProteinSequenceSet s;
@@ -56,7 +42,7 @@ ProteinSequenceSet two_families() {
 
 TEST(FamHMMProfiler, TwelveGlobinsGiveAVerifiedProfile) {
     ProteinSequenceSet seqs;
-    if (!read_some("globins45.fa", 12, seqs))
+    if (!read_scratch("globins45.fa", seqs, 12))
         GTEST_SKIP() << "run bench/hmm_fetch_profiles.sh first";
     ProfOpts s("");
     Random::reset(7);
@@ -70,7 +56,7 @@ TEST(FamHMMProfiler, TwelveGlobinsGiveAVerifiedProfile) {
 
 TEST(SubFamHMMProfiler, SeparatesGlobinsFromKinases) {
     ProteinSequenceSet seqs;
-    if (!read_some("globins45.fa", 8, seqs) || !read_some("pkinase.fa", 8, seqs))
+    if (!read_scratch("globins45.fa", seqs, 8) || !read_scratch("pkinase.fa", seqs, 8))
         GTEST_SKIP() << "run bench/hmm_fetch_profiles.sh first";
     ProfOpts s("TargetNumOfClasses = 2\nEMEpsilon = 1\nRandomCopyFactor = 0.3\nCoolingFactor = 1\n");
     Random::reset(11);

@@ -6,12 +6,14 @@
 #include "HMM.h"
 #include "SeqAlign.h"
 #include "SymbolSequence.h"
+#include "TestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
 #include <iostream>
 #include <sstream>
 #include <string>
@@ -93,6 +95,22 @@ inline void expect_same_words(const std::string& want_text, const std::string& g
             EXPECT_EQ(w, g) << "word " << n;
     }
     EXPECT_FALSE(static_cast<bool>(got >> g)) << "extra output " << g;
+}
+
+// The first n entries of a FASTA file fetched into bench/data/scratch/hmm/ (by
+// bench/hmm_fetch_profiles.sh); false when it is absent.
+inline bool read_scratch(const std::string& file, ProteinSequenceSet& out, std::size_t n = 1000) {
+    std::ifstream in(source_dir() + "/bench/data/scratch/hmm/" + file);
+    if (!in)
+        return false;
+    QuietCerr quiet;
+    ProteinSequenceSet all;
+    all.read_fasta_file(in);
+    for (std::size_t i = 0; i < n && i < all.size(); ++i) {
+        out.push_back(all[i]);
+        out.m_names.push_back(all.m_names[i]);
+    }
+    return true;
 }
 
 // Row r of an alignment of digit sequences: the digits, '-' for a gap.

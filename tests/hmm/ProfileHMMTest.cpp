@@ -207,8 +207,9 @@ TEST(ProfileHMMDeath, FatalTexts) {
 // globins against its float32 model of the recursions on ids built from the labels.
 TEST(ProfileHMM, Globins4DecodesEqualNumpyModel) {
     const std::string dir = source_dir() + "/bench/data/scratch/hmm/";
-    std::ifstream hmm(dir + "globins4_profile.txt"), fa(dir + "globins45.fa"), want(dir + "globins4_ref.txt");
-    if (!hmm || !fa || !want)
+    std::ifstream hmm(dir + "globins4_profile.txt"), want(dir + "globins4_ref.txt");
+    ProteinSequenceSet seqs;
+    if (!hmm || !want || !read_scratch("globins45.fa", seqs))
         GTEST_SKIP() << "run bench/hmm_fetch_profiles.sh first";
     QuietCerr quiet;
     int L, fp, ft, tp, tt;
@@ -222,8 +223,6 @@ TEST(ProfileHMM, Globins4DecodesEqualNumpyModel) {
         else if (hmm >> p)
             h.set_emission(fp, P::StateType(ft), tp, p);
     }
-    ProteinSequenceSet seqs;
-    seqs.read_fasta_file(fa);
     ViterbiDecode vit(h);
     ForwardDecode fwd(h);
     int i, n = 0;

@@ -94,12 +94,11 @@ TEST(SeqMultiAlign, StarInsertsCentreGapColumns) {
 // linear gap -4, integer BLOSUM62), written by bench/hmm_fetch_profiles.sh.
 TEST(DynProgAlign, BiopythonScoresOnGlobins) {
     const std::string dir = source_dir() + "/bench/data/scratch/hmm/";
-    std::ifstream fa(dir + "globins45.fa"), want(dir + "globins45_pair_scores.txt");
-    if (!fa || !want)
+    std::ifstream want(dir + "globins45_pair_scores.txt");
+    ProteinSequenceSet seqs;
+    if (!want || !read_scratch("globins45.fa", seqs))
         GTEST_SKIP() << "run bench/hmm_fetch_profiles.sh first";
     QuietCerr quiet;
-    ProteinSequenceSet seqs;
-    seqs.read_fasta_file(fa);
     options opts;
     std::ifstream mat(source_dir() + "/data/hmm/blosum62_codes.opt");
     opts.read(mat, false);
