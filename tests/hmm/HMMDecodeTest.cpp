@@ -59,24 +59,6 @@ TEST(HMMDecode, CasinoPublishedFiguresWithReusedTables) {
     EXPECT_EQ(kLogZero, fwd.get_cell(0, 1));
 }
 
-// One case of data/hmm/random_decode.txt.
-struct RandomCase {
-    int id = 0, A = 0, S = 0;
-    std::vector<int> silent;
-    std::vector<std::tuple<int, int, float>> edges;
-    std::vector<std::pair<int, std::vector<float>>> emit;
-    SymbolSequence seq;
-    float viterbi = 0, forward = 0, backward = 0;
-    HMMPath path;
-};
-
-template <class T> std::vector<T> read_n(std::istream& in, int n) {
-    std::vector<T> v(n);
-    for (T& x : v)
-        in >> x;
-    return v;
-}
-
 // Floats go through strtof, which also reads "-inf".
 float read_float(std::istream& in) {
     std::string w;
@@ -84,70 +66,54 @@ float read_float(std::istream& in) {
     return std::strtof(w.c_str(), nullptr);
 }
 
-bool read_case(std::istream& in, RandomCase& c) {
-    std::string word;
-    while (in >> word && word != "case")
-        std::getline(in, word);
-    int n = 0;
-    in >> c.id >> word >> c.A >> word >> c.S >> word;
-    c.silent = read_n<int>(in, c.S);
-    in >> word >> n;
-    c.edges.clear();
-    for (int i = 0; i < n; ++i) {
-        const std::vector<int> ft = read_n<int>(in, 2);
-        c.edges.emplace_back(ft[0], ft[1], read_float(in));
-    }
-    in >> word >> n;
-    c.emit.clear();
-    for (int i = 0; i < n; ++i) {
-        const int k = read_n<int>(in, 1)[0];
-        c.emit.emplace_back(k, read_n<float>(in, c.A));
-    }
-    in >> word >> n;
-    c.seq.clear();
-    for (int x : read_n<int>(in, n))
-        c.seq.push_back(static_cast<char>(x));
-    in >> word;
-    c.viterbi = read_float(in);
-    in >> word >> n;
-    c.path = read_n<int>(in, n);
-    in >> word;
-    c.forward = read_float(in);
-    in >> word;
-    c.backward = read_float(in);
-    return static_cast<bool>(in);
-}
-
-void build_case(const RandomCase& c, HMM& h) {
-    for (int k = 1; k < c.S - 1; ++k)
-        h.new_state(c.silent[k] != 0);
-    h.add_finish_state();
-    for (const auto& e : c.edges)
-        h.add_transition(std::get<0>(e), std::get<1>(e), std::get<2>(e));
-    for (const auto& e : c.emit)
-        for (int b = 0; b < c.A; ++b)
-            h.set_state_emission(e.first, b, e.second[b]);
-}
-
+// Each case of data/hmm/random_decode.txt: the model, the sequence, then the float32 model's
+// Viterbi score and path, forward and backward.
 TEST(HMMDecode, RandomModelsMatchFloat32Model) {
     std::ifstream in(source_dir() + "/data/hmm/random_decode.txt");
     ASSERT_TRUE(in) << "data/hmm/random_decode.txt missing";
     QuietCerr quiet;
-    RandomCase c;
-    int cases = 0;
-    while (read_case(in, c)) {
-        SCOPED_TRACE("case " + std::to_string(c.id));
-        HMM h(c.A);
+    std::string w;
+    std::getline(in, w); // the comment line
+    int cases = 0, id, A, S, n, x;
+    while (in >> w >> id >> w >> A >> w >> S >> w) {
+        SCOPED_TRACE("case " + std::to_string(id));
+        HMM h(A);
         // The decoders are made before the states exist: each decode re-reads the state count.
         ViterbiDecode vit(h);
         ForwardDecode fwd(h);
         BackwardDecode bwd(h);
-        build_case(c, h);
-        HMMPath path;
-        EXPECT_EQ(c.viterbi, vit.decode(c.seq, path));
-        EXPECT_EQ(c.path, path);
-        expect_rel(c.forward, fwd.decode(c.seq), 1e-5, "forward");
-        expect_rel(c.backward, bwd.decode(c.seq), 1e-5, "backward");
+        std::vector<int> silent(S);
+        for (int& k : silent)
+            in >> k;
+        for (int k = 1; k < S - 1; ++k)
+            h.new_state(silent[k] != 0);
+        h.add_finish_state();
+        for (in >> w >> n; n > 0; --n) {
+            int from, to;
+            in >> from >> to;
+            h.add_transition(from, to, read_float(in));
+        }
+        for (in >> w >> n; n > 0; --n)
+            for (int b = (in >> x, 0); b < A; ++b)
+                h.set_state_emission(x, b, read_float(in));
+        SymbolSequence seq;
+        for (in >> w >> n; n > 0 && in >> x; --n)
+            seq.push_back(static_cast<char>(x));
+        in >> w;
+        const float viterbi = read_float(in);
+        in >> w >> n;
+        HMMPath want(n), path;
+        for (int& k : want)
+            in >> k;
+        in >> w;
+        const float forward = read_float(in);
+        in >> w;
+        const float backward = read_float(in);
+        ASSERT_TRUE(static_cast<bool>(in));
+        EXPECT_EQ(viterbi, vit.decode(seq, path));
+        EXPECT_EQ(want, path);
+        expect_rel(forward, fwd.decode(seq), 1e-5, "forward");
+        expect_rel(backward, bwd.decode(seq), 1e-5, "backward");
         ++cases;
     }
     EXPECT_EQ(300, cases);
