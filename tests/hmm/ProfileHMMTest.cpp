@@ -57,7 +57,7 @@ void make_uniform(ProfileHMM& h) {
     }
 }
 
-TEST(ProfileHMM, TopologyEqualsLabelConstruction) {
+TEST(ProfileHMM, TopologyEqualsLabelConstructionAndGrows) {
     QuietCerr quiet;
     for (int L = 1; L <= 10; ++L) {
         SCOPED_TRACE(L);
@@ -87,10 +87,7 @@ TEST(ProfileHMM, TopologyEqualsLabelConstruction) {
         make_uniform(h);
         EXPECT_EQ("", verify_report(h));
     }
-}
-
-TEST(ProfileHMM, EmptyAndOneColumn) {
-    QuietCerr quiet;
+    // No columns, then one.
     ProfileHMM h(3, 0);
     EXPECT_EQ(1, h.num_states());
     EXPECT_EQ(0, h.m_length);
