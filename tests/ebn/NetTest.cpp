@@ -17,23 +17,19 @@ namespace {
 
 // A random DAG over n nodes: a hidden permutation fixes which way an edge may go, so edges run
 // from high rvids to low ones as often as the other way. Edges inserted in random order.
-struct Dag {
-    std::vector<std::pair<int, int>> edges;
-};
-
-Dag random_dag(std::mt19937& rng, int n, double density) {
+std::vector<std::pair<int, int>> random_dag(std::mt19937& rng, int n, double density) {
     std::vector<int> rank(n);
     for (int i = 0; i < n; ++i)
         rank[i] = i;
     std::shuffle(rank.begin(), rank.end(), rng);
     std::bernoulli_distribution coin(density);
-    Dag d;
+    std::vector<std::pair<int, int>> edges;
     for (int a = 0; a < n; ++a)
         for (int b = 0; b < n; ++b)
             if (rank[a] < rank[b] && coin(rng))
-                d.edges.push_back({a, b});
-    std::shuffle(d.edges.begin(), d.edges.end(), rng);
-    return d;
+                edges.push_back({a, b});
+    std::shuffle(edges.begin(), edges.end(), rng);
+    return edges;
 }
 
 // Brute-force blanket: parents, children and co-parents from the edge list, without the node.
@@ -82,19 +78,17 @@ TEST(Net, RandomDagsOrdersAndBlanketsAgainstBruteForce) {
     std::mt19937 rng(seed);
     for (int round = 0; round < 60; ++round) {
         const int n = 1 + round % 15;
-        Dag d = random_dag(rng, n, round % 3 == 0 ? 0.6 : 0.25);
+        const auto edges = random_dag(rng, n, round % 3 == 0 ? 0.6 : 0.25);
         Net net;
         for (int v = 0; v < n; ++v)
             net.add_rand_var(v, 2);
-        std::set<std::pair<int, int>> model;
-        for (const auto& e : d.edges) {
+        std::set<std::pair<int, int>> model(edges.begin(), edges.end());
+        for (const auto& e : edges)
             net.insert_edge(e.first, e.second, -1);
-            model.insert(e);
-        }
         check_against_model(net, model, n);
         // Remove a third of the edges, alternating the two forms, and check again.
-        for (std::size_t k = 0; k < d.edges.size(); k += 3) {
-            const auto& e = d.edges[k];
+        for (std::size_t k = 0; k < edges.size(); k += 3) {
+            const auto& e = edges[k];
             if (k % 2)
                 net.remove_edge(e.first, e.second);
             else
@@ -103,7 +97,7 @@ TEST(Net, RandomDagsOrdersAndBlanketsAgainstBruteForce) {
             ASSERT_TRUE(net.verify());
         }
         EXPECT_EQ(net.get_edges_num(), static_cast<int>(model.size()));
-        EXPECT_EQ(net.get_edge_slots(), static_cast<int>(d.edges.size()));
+        EXPECT_EQ(net.get_edge_slots(), static_cast<int>(edges.size()));
         check_against_model(net, model, n);
     }
 }

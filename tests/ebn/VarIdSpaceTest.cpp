@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(VarIdSpace, EveryLineLandsOnTheFirstId) {
+TEST(VarIdSpace, EveryLineLandsOnTheFirstIdAndTheDefaultSpace) {
     VarIdSpace s;
     std::istringstream in("4\tYAL001\tfirst gene\tcolor\tred\tsize\tbig\n"
                           "x\tYAL002\tsecond gene\n");
@@ -24,17 +24,15 @@ TEST(VarIdSpace, EveryLineLandsOnTheFirstId) {
     ASSERT_EQ(s.get_attrs(4).size(), 2u);
     EXPECT_EQ(s.get_attrs(4).front(), (std::pair<std::string, std::string>("color", "red")));
     EXPECT_EQ(s.get_name(0), "");
-}
-
-TEST(VarIdSpace, DefaultSpaceNamesGenes) {
-    VarIdSpace s;
-    s.init_idspace(3);
-    ASSERT_EQ(s.size(), 4);
-    EXPECT_EQ(s.get_name(2), "Gene2");
-    EXPECT_EQ(s.get_desc(0), "Gene0");
-    EXPECT_EQ(s.get_name(3), "");
-    EXPECT_EQ(s.ids_num(), 3);
-    EXPECT_EQ(s.id_of_name("Gene1"), -1) << "the name map is not filled";
+    // The default space names genes.
+    VarIdSpace d;
+    d.init_idspace(3);
+    ASSERT_EQ(d.size(), 4);
+    EXPECT_EQ(d.get_name(2), "Gene2");
+    EXPECT_EQ(d.get_desc(0), "Gene0");
+    EXPECT_EQ(d.get_name(3), "");
+    EXPECT_EQ(d.ids_num(), 3);
+    EXPECT_EQ(d.id_of_name("Gene1"), -1) << "the name map is not filled";
 }
 
 TEST(VarIdSpaceDeathTest, TwoFieldsAreFatal) {

@@ -24,43 +24,39 @@ void expect_rel(double expected, double actual, double tol, const std::string& w
     EXPECT_NEAR(expected, actual, tol * std::max(1.0, std::fabs(expected))) << what;
 }
 
-TEST(HMMDecode, CasinoPublishedFigures) {
+// Decoders that ran on a longer sequence first: their tables are reused and readable.
+TEST(HMMDecode, CasinoPublishedFiguresWithReusedTables) {
     QuietCerr quiet;
     HMM h(6);
     build_casino(h);
-    const SymbolSequence rolls = digits(casino_rolls());
     ViterbiDecode vit(h);
     ForwardDecode fwd(h);
     BackwardDecode bwd(h);
+    const SymbolSequence longer = digits("0123450123450123455555");
+    const SymbolSequence rolls = digits(casino_rolls());
     HMMPath path;
+    vit.decode(longer, path);
+    fwd.decode(longer);
+    bwd.decode(longer);
+    path.clear();
     const float v = vit.decode(rolls, path);
     const float f = fwd.decode(rolls);
     const float b = bwd.decode(rolls);
     EXPECT_NEAR(-29.4458664, v, 29.4458664e-5);
     EXPECT_NEAR(-27.9527780, f, 27.9527780e-5);
     EXPECT_NEAR(f, b, 27.9527780e-5);
+    EXPECT_EQ(ForwardDecode(h).decode(rolls), f);
+    EXPECT_EQ(BackwardDecode(h).decode(rolls), b);
     // Every roll is best explained by the loaded die.
     HMMPath expected(19, 2);
     expected.front() = 0;
     EXPECT_EQ(expected, path);
-}
-
-// One case of data/hmm/random_decode.txt.
-struct RandomCase {
-    int id = 0, A = 0, S = 0;
-    std::vector<int> silent;
-    std::vector<std::tuple<int, int, float>> edges;
-    std::vector<std::pair<int, std::vector<float>>> emit;
-    SymbolSequence seq;
-    float viterbi = 0, forward = 0, backward = 0;
-    HMMPath path;
-};
-
-template <class T> std::vector<T> read_n(std::istream& in, int n) {
-    std::vector<T> v(n);
-    for (T& x : v)
-        in >> x;
-    return v;
+    ASSERT_EQ(20u * 4u, fwd.m_tab.size());
+    // Row 1 of forward: start edge plus first emission; row L of backward: the finish edges.
+    EXPECT_FLOAT_EQ(logf(0.5f) + logf(1.0f / 6.0f), fwd.get_cell(1, 1));
+    EXPECT_FLOAT_EQ(logf(0.5f) + logf(0.1f), fwd.get_cell(1, 2));
+    EXPECT_EQ(0.0f, bwd.get_cell(18, 1));
+    EXPECT_EQ(kLogZero, fwd.get_cell(0, 1));
 }
 
 // Floats go through strtof, which also reads "-inf".
@@ -70,70 +66,54 @@ float read_float(std::istream& in) {
     return std::strtof(w.c_str(), nullptr);
 }
 
-bool read_case(std::istream& in, RandomCase& c) {
-    std::string word;
-    while (in >> word && word != "case")
-        std::getline(in, word);
-    int n = 0;
-    in >> c.id >> word >> c.A >> word >> c.S >> word;
-    c.silent = read_n<int>(in, c.S);
-    in >> word >> n;
-    c.edges.clear();
-    for (int i = 0; i < n; ++i) {
-        const std::vector<int> ft = read_n<int>(in, 2);
-        c.edges.emplace_back(ft[0], ft[1], read_float(in));
-    }
-    in >> word >> n;
-    c.emit.clear();
-    for (int i = 0; i < n; ++i) {
-        const int k = read_n<int>(in, 1)[0];
-        c.emit.emplace_back(k, read_n<float>(in, c.A));
-    }
-    in >> word >> n;
-    c.seq.clear();
-    for (int x : read_n<int>(in, n))
-        c.seq.push_back(static_cast<char>(x));
-    in >> word;
-    c.viterbi = read_float(in);
-    in >> word >> n;
-    c.path = read_n<int>(in, n);
-    in >> word;
-    c.forward = read_float(in);
-    in >> word;
-    c.backward = read_float(in);
-    return static_cast<bool>(in);
-}
-
-void build_case(const RandomCase& c, HMM& h) {
-    for (int k = 1; k < c.S - 1; ++k)
-        h.new_state(c.silent[k] != 0);
-    h.add_finish_state();
-    for (const auto& e : c.edges)
-        h.add_transition(std::get<0>(e), std::get<1>(e), std::get<2>(e));
-    for (const auto& e : c.emit)
-        for (int b = 0; b < c.A; ++b)
-            h.set_state_emission(e.first, b, e.second[b]);
-}
-
+// Each case of data/hmm/random_decode.txt: the model, the sequence, then the float32 model's
+// Viterbi score and path, forward and backward.
 TEST(HMMDecode, RandomModelsMatchFloat32Model) {
     std::ifstream in(source_dir() + "/data/hmm/random_decode.txt");
     ASSERT_TRUE(in) << "data/hmm/random_decode.txt missing";
     QuietCerr quiet;
-    RandomCase c;
-    int cases = 0;
-    while (read_case(in, c)) {
-        SCOPED_TRACE("case " + std::to_string(c.id));
-        HMM h(c.A);
+    std::string w;
+    std::getline(in, w); // the comment line
+    int cases = 0, id, A, S, n, x;
+    while (in >> w >> id >> w >> A >> w >> S >> w) {
+        SCOPED_TRACE("case " + std::to_string(id));
+        HMM h(A);
         // The decoders are made before the states exist: each decode re-reads the state count.
         ViterbiDecode vit(h);
         ForwardDecode fwd(h);
         BackwardDecode bwd(h);
-        build_case(c, h);
-        HMMPath path;
-        EXPECT_EQ(c.viterbi, vit.decode(c.seq, path));
-        EXPECT_EQ(c.path, path);
-        expect_rel(c.forward, fwd.decode(c.seq), 1e-5, "forward");
-        expect_rel(c.backward, bwd.decode(c.seq), 1e-5, "backward");
+        std::vector<int> silent(S);
+        for (int& k : silent)
+            in >> k;
+        for (int k = 1; k < S - 1; ++k)
+            h.new_state(silent[k] != 0);
+        h.add_finish_state();
+        for (in >> w >> n; n > 0; --n) {
+            int from, to;
+            in >> from >> to;
+            h.add_transition(from, to, read_float(in));
+        }
+        for (in >> w >> n; n > 0; --n)
+            for (int b = (in >> x, 0); b < A; ++b)
+                h.set_state_emission(x, b, read_float(in));
+        SymbolSequence seq;
+        for (in >> w >> n; n > 0 && in >> x; --n)
+            seq.push_back(static_cast<char>(x));
+        in >> w;
+        const float viterbi = read_float(in);
+        in >> w >> n;
+        HMMPath want(n), path;
+        for (int& k : want)
+            in >> k;
+        in >> w;
+        const float forward = read_float(in);
+        in >> w;
+        const float backward = read_float(in);
+        ASSERT_TRUE(static_cast<bool>(in));
+        EXPECT_EQ(viterbi, vit.decode(seq, path));
+        EXPECT_EQ(want, path);
+        expect_rel(forward, fwd.decode(seq), 1e-5, "forward");
+        expect_rel(backward, bwd.decode(seq), 1e-5, "backward");
         ++cases;
     }
     EXPECT_EQ(300, cases);
@@ -260,28 +240,6 @@ TEST(HMMDecode, SilentEdgeFromHigherToLowerIdIsIgnored) {
     EXPECT_EQ((HMMPath{0, e}), path);
     EXPECT_FLOAT_EQ(expected, ForwardDecode(h).decode(one));
     EXPECT_FLOAT_EQ(expected, BackwardDecode(h).decode(one));
-}
-
-TEST(HMMDecode, TablesAreReusedAndReadable) {
-    QuietCerr quiet;
-    HMM h(6);
-    build_casino(h);
-    ForwardDecode fwd(h);
-    BackwardDecode bwd(h);
-    const SymbolSequence longer = digits("0123450123450123455555");
-    const SymbolSequence rolls = digits(casino_rolls());
-    fwd.decode(longer);
-    bwd.decode(longer);
-    const float f = fwd.decode(rolls);
-    const float b = bwd.decode(rolls);
-    EXPECT_EQ(ForwardDecode(h).decode(rolls), f);
-    EXPECT_EQ(BackwardDecode(h).decode(rolls), b);
-    ASSERT_EQ(20u * 4u, fwd.m_tab.size());
-    // Row 1 of forward: start edge plus first emission; row L of backward: the finish edges.
-    EXPECT_FLOAT_EQ(logf(0.5f) + logf(1.0f / 6.0f), fwd.get_cell(1, 1));
-    EXPECT_FLOAT_EQ(logf(0.5f) + logf(0.1f), fwd.get_cell(1, 2));
-    EXPECT_EQ(0.0f, bwd.get_cell(18, 1));
-    EXPECT_EQ(kLogZero, fwd.get_cell(0, 1));
 }
 
 // Counts the writes that reach a stream buffer.

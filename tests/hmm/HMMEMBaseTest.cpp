@@ -14,13 +14,6 @@
 
 namespace {
 
-float edge_p(const HMM& h, int from, int to) {
-    for (const HMMAdjacency& a : h.m_adj[from])
-        if (a.to == to)
-            return a.p;
-    return -1.0f;
-}
-
 SymbolSequenceSet one_set(const SymbolSequence& s) {
     SymbolSequenceSet set;
     set.push_back(s);
@@ -171,22 +164,8 @@ TEST(HMMEMBase, RecoversSampledCasino) {
     // Start away from the truth.
     QuietCerr quiet;
     HMM h(6);
-    const int fair = h.new_state(false);
-    const int loaded = h.new_state(false);
-    h.add_finish_state();
-    const int fin = h.m_finish_state;
-    h.add_transition(0, fair, 0.5f);
-    h.add_transition(0, loaded, 0.5f);
-    h.add_transition(fair, fair, 0.85f);
-    h.add_transition(fair, loaded, 0.1f);
-    h.add_transition(fair, fin, 0.05f);
-    h.add_transition(loaded, fair, 0.2f);
-    h.add_transition(loaded, loaded, 0.75f);
-    h.add_transition(loaded, fin, 0.05f);
-    for (int b = 0; b < 6; ++b) {
-        h.set_state_emission(fair, b, b == 5 ? 0.2f : 0.16f);
-        h.set_state_emission(loaded, b, b == 5 ? 0.35f : 0.13f);
-    }
+    build_casino(h, Casino{0.85f, 0.1f, 0.05f, 0.2f, 0.75f, 0.05f, 0.2f, 0.16f, 0.35f, 0.13f});
+    const int fair = 1, loaded = 2;
     HMMEMBase em(h, 0.01f, false);
     em.local_opt(seqs);
     // A total of 1.7e5 in single precision is only good to a few tenths, so local_opt stops while the

@@ -6,22 +6,17 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
+#include <list>
+#include <sstream>
 #include <vector>
 
 namespace {
 
-std::vector<int> targets(const HMM& h, int k) {
+// The far ends of a state's out-edges (`&HMMAdjacency::to`) or in-edges (`&HMMAdjacency::from`).
+std::vector<int> ends(const std::list<HMMAdjacency>& l, int HMMAdjacency::*end) {
     std::vector<int> v;
-    for (const HMMAdjacency& a : h.m_adj[k])
-        v.push_back(a.to);
-    return v;
-}
-
-std::vector<int> sources(const HMM& h, int k) {
-    std::vector<int> v;
-    for (const HMMAdjacency& a : h.m_back_adj[k])
-        v.push_back(a.from);
+    for (const HMMAdjacency& a : l)
+        v.push_back(a.*end);
     return v;
 }
 
@@ -42,6 +37,9 @@ TEST(HMM, FreshModelAndStates) {
     EXPECT_EQ(1, h.num_states());
     EXPECT_EQ(-1, h.m_finish_state);
     EXPECT_EQ(1, h.new_state(true));
+    std::ostringstream out;
+    h.print(out);
+    EXPECT_EQ("Implemented in derived classes!\n", out.str());
 }
 
 TEST(HMM, EdgesAreStoredTwiceWithLogs) {
@@ -74,12 +72,9 @@ TEST(HMM, DeletedIdsComeBackSmallestFirstWithTheirOldState) {
     h.del_state(4);
     h.del_state(3);
     EXPECT_FALSE(h.m_states[3].m_active);
-    EXPECT_TRUE(h.m_adj[3].empty());
-    EXPECT_TRUE(h.m_back_adj[3].empty());
-    EXPECT_TRUE(h.m_adj[0].empty());
-    EXPECT_TRUE(h.m_adj[2].empty());
-    EXPECT_TRUE(h.m_back_adj[5].empty());
-    EXPECT_TRUE(h.m_back_adj[1].empty());
+    for (const std::list<HMMAdjacency>* l :
+         {&h.m_adj[3], &h.m_back_adj[3], &h.m_adj[0], &h.m_adj[2], &h.m_back_adj[5], &h.m_back_adj[1]})
+        EXPECT_TRUE(l->empty());
     EXPECT_NE(std::string::npos,
               quiet.text().find("HMM del state 3\nHMM will del forward back\nHMM try del"));
 
@@ -104,10 +99,10 @@ TEST(HMM, DeleteKeepsTheOtherEdges) {
     h.add_transition(2, 3, 1.0f);
     h.add_transition(3, 1, 1.0f);
     h.del_state(2);
-    EXPECT_EQ((std::vector<int>{1}), targets(h, 0));
-    EXPECT_TRUE(targets(h, 1).empty());
-    EXPECT_TRUE(sources(h, 3).empty());
-    EXPECT_EQ((std::vector<int>{0, 3}), sources(h, 1));
+    EXPECT_EQ((std::vector<int>{1}), ends(h.m_adj[0], &HMMAdjacency::to));
+    EXPECT_TRUE(h.m_adj[1].empty());
+    EXPECT_TRUE(h.m_back_adj[3].empty());
+    EXPECT_EQ((std::vector<int>{0, 3}), ends(h.m_back_adj[1], &HMMAdjacency::from));
     EXPECT_TRUE(h.verify());
 }
 
@@ -131,12 +126,6 @@ TEST(HMMDeathTest, VerifyFailsOnDifferentEdgeCopies) {
     h.add_transition(0, 1, 1.0f);
     h.m_adj[0].front().set_adj_prob(0.5f);
     EXPECT_DEATH(h.verify(), R"(HMM\([0-9]+\): Incompatible adj/back in states 0 to 1 0\.5 1)");
-}
-
-TEST(HMM, BasePrintSaysDerived) {
-    std::ostringstream out;
-    HMM(1).print(out);
-    EXPECT_EQ("Implemented in derived classes!\n", out.str());
 }
 
 } // namespace

@@ -89,20 +89,14 @@ TEST(PairAlignParams, NormalizeByHand) {
     p.m_x_gap = {logf(1), logf(2)}, p.m_y_gap = {logf(3), logf(2)};
     p.m_subs = {logf(2), logf(1), logf(3), logf(4)};
     p.normalize();
-    // M-G halved for the two kinds, then the row over 3 + 1 + 1; each kind gets half of 1/5.
-    EXPECT_NEAR(0.6, std::exp(p.m_mm), 1e-6);
-    EXPECT_NEAR(0.1, std::exp(p.m_mg), 1e-6);
-    EXPECT_NEAR(0.2, std::exp(p.m_mf), 1e-6);
-    EXPECT_NEAR(0.25, std::exp(p.m_gg), 1e-6);
-    EXPECT_NEAR(0.5, std::exp(p.m_gm), 1e-6);
-    // Gaps pooled: (1+3, 2+2) over 8; subs over 10, off-diagonal pair averaged.
-    for (const std::vector<float>* g : {&p.m_x_gap, &p.m_y_gap}) {
-        EXPECT_NEAR(0.5, std::exp((*g)[0]), 1e-6);
-        EXPECT_NEAR(0.5, std::exp((*g)[1]), 1e-6);
-    }
-    const double subs[] = {0.2, 0.2, 0.2, 0.4};
-    for (int k = 0; k < 4; ++k)
-        EXPECT_NEAR(subs[k], std::exp(p.m_subs[k]), 1e-6);
+    // M-G halved for the two kinds, then the row over 3 + 1 + 1; each kind gets half of 1/5. Gaps
+    // pooled: (1+3, 2+2) over 8; subs over 10, off-diagonal pair averaged.
+    const float got[] = {p.m_mm,       p.m_mg,       p.m_mf,       p.m_gg,       p.m_gm,
+                         p.m_x_gap[0], p.m_x_gap[1], p.m_y_gap[0], p.m_y_gap[1], p.m_subs[0],
+                         p.m_subs[1],  p.m_subs[2],  p.m_subs[3]};
+    const double want[] = {0.6, 0.1, 0.2, 0.25, 0.5, 0.5, 0.5, 0.5, 0.5, 0.2, 0.2, 0.2, 0.4};
+    for (int k = 0; k < 13; ++k)
+        EXPECT_NEAR(want[k], std::exp(got[k]), 1e-6) << k;
 }
 
 TEST(PairAlignParams, WriteReadRoundTrip) {
@@ -123,33 +117,31 @@ TEST(PairAlignParams, WriteReadRoundTrip) {
 }
 
 TEST(AlignParamsDeath, FormatFatals) {
-    const char* words[] = {"M-M", "M-G", "G-M", "G-G", "M-F", "G-F"};
+    // Each row word of the pair table (6, "M-G" asked for as "a M-G") and of the profile table (3)
+    // replaced in turn.
+    const std::vector<std::string> pair_rows = {"M-M", "M-G", "G-M", "G-G", "M-F", "G-F"},
+                                   prof_rows = {"M", "I", "D"};
     const std::string ok_subs = "0\t1\t0\t0\n1\t0\t1\t0\n2\t0\t0\t1\n";
-    for (int bad = 0; bad < 6; ++bad) {
-        std::string tran;
-        for (int k = 0; k < 6; ++k)
-            tran += std::string(k == bad ? "XX" : words[k]) + "\t-1\n";
-        PairAlignParams p(3);
-        std::istringstream si(ok_subs), ti(tran);
-        EXPECT_DEATH(p.read(si, ti),
-                     std::string(R"(ProfileAlign\([0-9]+\): Bad file format in tran table, should have )") +
-                         (bad == 1 ? "a " : "") + words[bad] + " line and found XX instead");
+    for (const auto* rows : {&pair_rows, &prof_rows}) {
+        for (std::size_t bad = 0; bad < rows->size(); ++bad) {
+            std::string tran;
+            for (std::size_t k = 0; k < rows->size(); ++k)
+                tran += (k == bad ? "XX" : (*rows)[k]) + (rows == &pair_rows ? "\t-1\n" : " 0 0 0\n");
+            std::istringstream si(ok_subs), ti(tran);
+            const std::string text =
+                R"(ProfileAlign\([0-9]+\): Bad file format in tran table, should have )" +
+                std::string(rows == &pair_rows && bad == 1 ? "a " : "") + (*rows)[bad] +
+                " line and found XX instead";
+            if (rows == &pair_rows)
+                EXPECT_DEATH(PairAlignParams(3).read(si, ti), text);
+            else
+                EXPECT_DEATH(ProfAlignParams(3).read(si, ti), text);
+        }
     }
     PairAlignParams p(3);
     std::istringstream si("0\t1\t0\t0\n2\t0\t1\t0\n"), ti("M-M 0\nM-G 0\nG-M 0\nG-G 0\nM-F 0\nG-F 0\n");
     EXPECT_DEATH(p.read(si, ti),
                  R"(ProfileAlign\([0-9]+\): Bad file format when reading char subs tab, 2 vs 1)");
-    const char* rows[] = {"M", "I", "D"};
-    for (int bad = 0; bad < 3; ++bad) {
-        std::string tran;
-        for (int k = 0; k < 3; ++k)
-            tran += std::string(k == bad ? "Q" : rows[k]) + " 0 0 0\n";
-        ProfAlignParams q(3);
-        std::istringstream qs(ok_subs), qt(tran);
-        EXPECT_DEATH(q.read(qs, qt),
-                     std::string(R"(ProfileAlign\([0-9]+\): Bad file format in tran table, should have )") +
-                         rows[bad] + " line and found Q instead");
-    }
 }
 
 TEST(ProfAlignParams, TypeTypeAndOneSequenceProfile) {

@@ -57,7 +57,7 @@ void make_uniform(ProfileHMM& h) {
     }
 }
 
-TEST(ProfileHMM, TopologyEqualsLabelConstruction) {
+TEST(ProfileHMM, TopologyEqualsLabelConstructionAndGrows) {
     QuietCerr quiet;
     for (int L = 1; L <= 10; ++L) {
         SCOPED_TRACE(L);
@@ -85,18 +85,9 @@ TEST(ProfileHMM, TopologyEqualsLabelConstruction) {
             }
         }
         make_uniform(h);
-        std::string report;
-        {
-            QuietCerr inner;
-            EXPECT_TRUE(h.verify());
-            report = inner.text();
-        }
-        EXPECT_EQ("", report);
+        EXPECT_EQ("", verify_report(h));
     }
-}
-
-TEST(ProfileHMM, EmptyAndOneColumn) {
-    QuietCerr quiet;
+    // No columns, then one.
     ProfileHMM h(3, 0);
     EXPECT_EQ(1, h.num_states());
     EXPECT_EQ(0, h.m_length);
@@ -116,13 +107,6 @@ ProfileHMM tagged_profile(int L, float tag) {
         if (!h.m_states[k].m_silent)
             h.set_state_emission(k, 0, tag);
     return h;
-}
-
-float start_p(const HMM& h, int to) {
-    for (const HMMAdjacency& a : h.m_adj[0])
-        if (a.to == to)
-            return a.p;
-    return -1.0f;
 }
 
 // The print of a profile: every state with its edges and emissions.
@@ -162,7 +146,7 @@ TEST(KProfileHMM, AddGetDeleteWithStartRescaling) {
     for (const HMMAdjacency& e : k.m_adj[0])
         total += e.p;
     EXPECT_NEAR(1.0f, total, 1e-6);
-    EXPECT_NEAR(0.6f / 3, start_p(k, k.m_adj[0].front().to), 1e-6);
+    EXPECT_NEAR(0.6f / 3, edge_p(k, 0, k.m_adj[0].front().to), 1e-6);
     for (int copy = 0; copy < 3; ++copy) {
         ProfileHMM o(3, L);
         k.get_prof_hmm(copy, o);
@@ -200,12 +184,8 @@ TEST(ProfileHMMMultiAlign, InsertBlocksPackedLeft) {
     ProfileHMMMultiAlign(h).align(seqs, use, msa);
     ASSERT_EQ(3, msa.num_rows());
     const char* want[] = {"0--1-", "0221-", "0--12"};
-    for (int r = 0; r < 3; ++r) {
-        std::string row;
-        for (int c = 0; c < msa.num_cols(); ++c)
-            row.push_back(msa.slot(r, c) < 0 ? '-' : static_cast<char>('0' + seqs[r][msa.slot(r, c)]));
-        EXPECT_EQ(want[r], row);
-    }
+    for (int r = 0; r < 3; ++r)
+        EXPECT_EQ(want[r], msa_row(msa, seqs, r));
 }
 
 TEST(ProfileHMMDeath, FatalTexts) {
@@ -224,8 +204,9 @@ TEST(ProfileHMMDeath, FatalTexts) {
 // globins against its float32 model of the recursions on ids built from the labels.
 TEST(ProfileHMM, Globins4DecodesEqualNumpyModel) {
     const std::string dir = source_dir() + "/bench/data/scratch/hmm/";
-    std::ifstream hmm(dir + "globins4_profile.txt"), fa(dir + "globins45.fa"), want(dir + "globins4_ref.txt");
-    if (!hmm || !fa || !want)
+    std::ifstream hmm(dir + "globins4_profile.txt"), want(dir + "globins4_ref.txt");
+    ProteinSequenceSet seqs;
+    if (!hmm || !want || !read_scratch("globins45.fa", seqs))
         GTEST_SKIP() << "run bench/hmm_fetch_profiles.sh first";
     QuietCerr quiet;
     int L, fp, ft, tp, tt;
@@ -239,8 +220,6 @@ TEST(ProfileHMM, Globins4DecodesEqualNumpyModel) {
         else if (hmm >> p)
             h.set_emission(fp, P::StateType(ft), tp, p);
     }
-    ProteinSequenceSet seqs;
-    seqs.read_fasta_file(fa);
     ViterbiDecode vit(h);
     ForwardDecode fwd(h);
     int i, n = 0;

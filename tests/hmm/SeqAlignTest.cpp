@@ -83,13 +83,8 @@ TEST(SeqMultiAlign, StarInsertsCentreGapColumns) {
     ASSERT_EQ(3, msa.num_rows());
     // Centre 0-12; row 1 lacks the 1; row 2 adds a 3 in a new column.
     const char* want[] = {"0-12", "0--2", "0312"};
-    for (int r = 0; r < 3; ++r) {
-        std::string row;
-        for (int c = 0; c < msa.num_cols(); ++c)
-            row.push_back(msa.slot(r, c) < 0 ? '-'
-                                             : static_cast<char>('0' + seqs[msa.seq_id(r)][msa.slot(r, c)]));
-        EXPECT_EQ(want[r], row);
-    }
+    for (int r = 0; r < 3; ++r)
+        EXPECT_EQ(want[r], msa_row(msa, seqs, r));
     SeqAlignment wrong;
     wrong.emplace_back(1, 0);
     EXPECT_DEATH(msa.add_by_pair(3, wrong), R"(SeqAlign\([0-9]+\): Focus slot val should match but 0 != 1)");
@@ -99,12 +94,11 @@ TEST(SeqMultiAlign, StarInsertsCentreGapColumns) {
 // linear gap -4, integer BLOSUM62), written by bench/hmm_fetch_profiles.sh.
 TEST(DynProgAlign, BiopythonScoresOnGlobins) {
     const std::string dir = source_dir() + "/bench/data/scratch/hmm/";
-    std::ifstream fa(dir + "globins45.fa"), want(dir + "globins45_pair_scores.txt");
-    if (!fa || !want)
+    std::ifstream want(dir + "globins45_pair_scores.txt");
+    ProteinSequenceSet seqs;
+    if (!want || !read_scratch("globins45.fa", seqs))
         GTEST_SKIP() << "run bench/hmm_fetch_profiles.sh first";
     QuietCerr quiet;
-    ProteinSequenceSet seqs;
-    seqs.read_fasta_file(fa);
     options opts;
     std::ifstream mat(source_dir() + "/data/hmm/blosum62_codes.opt");
     opts.read(mat, false);

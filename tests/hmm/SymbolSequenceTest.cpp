@@ -17,7 +17,7 @@ std::string codes(const std::string& s) {
     return out;
 }
 
-TEST(SymbolSequence, DnaCodes) {
+TEST(SymbolSequence, DnaCodesAndLines) {
     QuietCerr quiet;
     const DnaCodeSequence s("TCGAN");
     EXPECT_EQ("0 1 2 3 4 ", codes(s));
@@ -25,14 +25,11 @@ TEST(SymbolSequence, DnaCodes) {
     std::ostringstream out;
     s.write_fasta(out);
     EXPECT_EQ("TCGAX\n", out.str());
-}
-
-TEST(SymbolSequence, DnaLineKeptUpToItsFirstT) {
-    QuietCerr quiet;
+    // A line is kept up to its first T.
     std::istringstream in("ACGTAC\n  GGA\nCCTTT\n>next\nAA\n");
-    DnaCodeSequence s;
-    s.read_fasta(in);
-    EXPECT_EQ("3 1 2 2 2 3 1 1 ", codes(s)); // ACG, GGA, CC
+    DnaCodeSequence t;
+    t.read_fasta(in);
+    EXPECT_EQ("3 1 2 2 2 3 1 1 ", codes(t)); // ACG, GGA, CC
     std::string rest;
     std::getline(in, rest);
     EXPECT_EQ("next", rest); // the '>' is eaten
@@ -56,7 +53,7 @@ TEST(SymbolSequence, ProteinCodesAndPrinting) {
     EXPECT_EQ('X', ProteinSequence::decode_aa(0));
 }
 
-TEST(SymbolSequence, FastaLinesOfSixty) {
+TEST(SymbolSequence, FastaLinesOfSixtyAndLongLines) {
     SymbolSequence s(std::string(121, 'a'));
     std::ostringstream out;
     s.write_fasta(out);
@@ -64,6 +61,13 @@ TEST(SymbolSequence, FastaLinesOfSixty) {
     std::ostringstream empty;
     SymbolSequence().write_fasta(empty);
     EXPECT_EQ("\n", empty.str());
+    // A line longer than any buffer is read whole.
+    QuietCerr quiet;
+    std::istringstream in(std::string(3000, 'A') + "\nC\n");
+    ProteinSequence p;
+    p.read_fasta(in);
+    EXPECT_EQ(3001u, p.size());
+    EXPECT_EQ(3, p.code_at(3000));
 }
 
 TEST(SymbolSequence, ProteinSetKeepsNamesAndSequences) {
@@ -78,15 +82,6 @@ TEST(SymbolSequence, ProteinSetKeepsNamesAndSequences) {
     EXPECT_TRUE(set[1].empty());
     EXPECT_EQ("20 ", codes(set[2]));
     EXPECT_NE(std::string::npos, quiet.text().find("read prot 1 descriptor p2\n"));
-}
-
-TEST(SymbolSequence, LongLineIsReadWhole) {
-    QuietCerr quiet;
-    std::istringstream in(std::string(3000, 'A') + "\nC\n");
-    ProteinSequence s;
-    s.read_fasta(in);
-    EXPECT_EQ(3001u, s.size());
-    EXPECT_EQ(3, s.code_at(3000));
 }
 
 // globins45.fa of Debian's hmmer-examples, fetched by bench/hmm_fetch_globins.sh (not committed).
