@@ -1,7 +1,7 @@
 // AssocPatternBase<P>: a pattern and the set of genes whose promoters match it, with an event for
 // every change of that set; the interface through which a motif search edits its pattern.
-#ifndef VESK_ASSOCPATTERNBASE_H
-#define VESK_ASSOCPATTERNBASE_H
+#ifndef VESK_SEQPACK_ASSOCPATTERNBASE_H
+#define VESK_SEQPACK_ASSOCPATTERNBASE_H
 
 #include "DnaSeqChar.h"
 #include "dispatch.h"

@@ -1,7 +1,7 @@
 // AssocPatternHash<M, P, S>: one incremental matcher per gene over a promoter table, the set of
 // matching genes, and a k-mer index that restricts every widening step to candidate genes.
-#ifndef VESK_ASSOCPATTERNHASH_H
-#define VESK_ASSOCPATTERNHASH_H
+#ifndef VESK_SEQPACK_ASSOCPATTERNHASH_H
+#define VESK_SEQPACK_ASSOCPATTERNHASH_H
 
 #include "AssocPatternBase.h"
 #include "DnaSeqGenomePromoters.h"

@@ -1,4 +1,6 @@
 // Template bodies of AssocPatternHash<M, P, S>.
+#ifndef VESK_SEQPACK_ASSOCPATTERNHASH_TCC
+#define VESK_SEQPACK_ASSOCPATTERNHASH_TCC
 #include "error.h"
 
 #include <iostream>
@@ -222,3 +224,5 @@ template <class M, class P, class S> bool AssocPatternHash<M, P, S>::verify() co
     }
     return true;
 }
+
+#endif

@@ -1,7 +1,7 @@
 // Dna8MerPattern: a degenerate pattern stored eight times, once per nibble phase, as complements of the
 // accepted sets, so that eight positions of a dense sequence are tested with one AND.
-#ifndef VESK_DNA8MERPATTERN_H
-#define VESK_DNA8MERPATTERN_H
+#ifndef VESK_SEQPACK_DNA8MERPATTERN_H
+#define VESK_SEQPACK_DNA8MERPATTERN_H
 
 #include "DnaSequence.h"
 

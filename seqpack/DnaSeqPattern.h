@@ -1,7 +1,7 @@
 // DnaSeqPattern: a degenerate pattern over letter sequences; DnaSeqTemplatePattern and its iterator
 // over the degenerate patterns of a template that hold a k-mer; pattern comparisons.
-#ifndef VESK_DNASEQPATTERN_H
-#define VESK_DNASEQPATTERN_H
+#ifndef VESK_SEQPACK_DNASEQPATTERN_H
+#define VESK_SEQPACK_DNASEQPATTERN_H
 
 #include "Dna8MerPattern.h"
 #include "DnaSeqChar.h"

@@ -1,7 +1,7 @@
 // DenseSeqIncrMatch and SeqIncrementMatch: the match starts of one pattern in one sequence, kept up to
 // date through single changes of the pattern (the dense and the letter branch).
-#ifndef VESK_SEQINCREMENTMATCH_H
-#define VESK_SEQINCREMENTMATCH_H
+#ifndef VESK_SEQPACK_SEQINCREMENTMATCH_H
+#define VESK_SEQPACK_SEQINCREMENTMATCH_H
 
 #include "Dna8MerPattern.h"
 #include "DnaSeqPattern.h"

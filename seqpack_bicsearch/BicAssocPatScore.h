@@ -1,7 +1,7 @@
 // BicAssocPatScore: the genes matched by a pattern, fed as a bicluster, rated against chance tables of
 // random gene sets; BicAssocPatCondObs keeps one condition's best margin over its group nodes.
-#ifndef VESK_BICASSOCPATSCORE_H
-#define VESK_BICASSOCPATSCORE_H
+#ifndef VESK_SEQPACK_BICSEARCH_BICASSOCPATSCORE_H
+#define VESK_SEQPACK_BICSEARCH_BICASSOCPATSCORE_H
 
 #include "AssocPatternBase.h"
 #include "BicExpScoreAssess.h"

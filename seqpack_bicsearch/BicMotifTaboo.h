@@ -1,7 +1,7 @@
 // BicMotifTaboo: a tabu search over degenerate patterns, each pattern's gene set scored as a
 // bicluster by BicAssocPatScore.
-#ifndef VESK_BICMOTIFTABOO_H
-#define VESK_BICMOTIFTABOO_H
+#ifndef VESK_SEQPACK_BICSEARCH_BICMOTIFTABOO_H
+#define VESK_SEQPACK_BICSEARCH_BICMOTIFTABOO_H
 
 #include "AssocPatternHash.h"
 #include "BicAssocPatScore.h"

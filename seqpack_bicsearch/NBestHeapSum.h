@@ -1,6 +1,6 @@
 // NBestHeapSum: a value per key and the sum of the n largest values.
-#ifndef VESK_NBESTHEAPSUM_H
-#define VESK_NBESTHEAPSUM_H
+#ifndef VESK_SEQPACK_BICSEARCH_NBESTHEAPSUM_H
+#define VESK_SEQPACK_BICSEARCH_NBESTHEAPSUM_H
 
 #include <vector>
 

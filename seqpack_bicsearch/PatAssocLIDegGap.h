@@ -1,7 +1,7 @@
 // PatternModification<P>, one recorded move of a pattern search, and PatAssocLIDegGap<P>, the
 // iterator that walks the neighbours of a pattern as incremental changes of an AssocPatternBase.
-#ifndef VESK_PATASSOCLIDEGGAP_H
-#define VESK_PATASSOCLIDEGGAP_H
+#ifndef VESK_SEQPACK_BICSEARCH_PATASSOCLIDEGGAP_H
+#define VESK_SEQPACK_BICSEARCH_PATASSOCLIDEGGAP_H
 
 #include "AssocPatternBase.h"
 #include "DnaSeqChar.h"

@@ -1,4 +1,6 @@
 // Template bodies of PatternModification<P> and PatAssocLIDegGap<P>.
+#ifndef VESK_SEQPACK_BICSEARCH_PATASSOCLIDEGGAP_TCC
+#define VESK_SEQPACK_BICSEARCH_PATASSOCLIDEGGAP_TCC
 #include <iostream>
 
 template <class P> void PatternModification<P>::apply(AssocPatternBase<P>& assoc) const {
@@ -220,3 +222,5 @@ template <class P> void PatAssocLIDegGap<P>::get_cur_modification(PatternModific
         break;
     }
 }
+
+#endif

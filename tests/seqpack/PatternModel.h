@@ -1,8 +1,8 @@
 // A plain model of degenerate patterns and of the incremental gene-set rules, for the pattern tests:
 // one accepted set a position, the A refused behind a dense pattern's end as a set of positions, and
 // per gene the list of match starts changed by the documented rules.
-#ifndef VESK_TEST_PATTERNMODEL_H
-#define VESK_TEST_PATTERNMODEL_H
+#ifndef VESK_TESTS_SEQPACK_PATTERNMODEL_H
+#define VESK_TESTS_SEQPACK_PATTERNMODEL_H
 
 #include "DnaSeqChar.h"
 #include "DnaSeqGenomePromoters.h"

@@ -1,7 +1,7 @@
 // Fixture of the motif search tests: a synthetic expression graph with a planted module (genes 0-11
 // up in conditions 0-3) and promoters in which the module's genes hold TGACTCA.
-#ifndef VESK_TEST_MOTIFWORLD_H
-#define VESK_TEST_MOTIFWORLD_H
+#ifndef VESK_TESTS_SEQPACK_BICSEARCH_MOTIFWORLD_H
+#define VESK_TESTS_SEQPACK_BICSEARCH_MOTIFWORLD_H
 
 #include "AssocPatternHash.h"
 #include "BicSynth.h"
