@@ -26,13 +26,6 @@ inline std::string model_data(const std::string& name) {
 
 using Params = std::map<std::string, std::string>;
 
-// Runs f with the error stream captured and returns what it printed.
-template <class F> std::string quiet(F f) {
-    testing::internal::CaptureStderr();
-    f();
-    return testing::internal::GetCapturedStderr();
-}
-
 // The five genes of varob_long.tab (ids 0..4), read quietly.
 inline void load_small_universe(VarUniverse& u) {
     std::ifstream in(model_data("varob_long.tab").c_str()), unused;

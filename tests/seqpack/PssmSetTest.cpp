@@ -56,34 +56,19 @@ TEST(PssmSetTest, LogOddsRowsAndRepeatedPositions) {
     EXPECT_TRUE(k2.str().empty() && d2.str().empty());
 }
 
-namespace {
-void read_tables(const char* key, const char* data) {
-    PssmSet set;
-    std::istringstream k(key), d(data);
-    set.read(k, d, 0, 0, 0.0f, false);
-}
-} // namespace
-
 TEST(PssmSetDeathTest, FatalTexts) {
-    struct Case {
-        const char* key;
-        const char* data;
-        const char* regex;
+    auto read = [](const char* key, const char* data) {
+        PssmSet set;
+        std::istringstream k(key), d(data);
+        set.read(k, d, 0, 0, 0.0f, false);
     };
-    const Case cases[] = {
-        {"0 A 0 1 0\n", "1 0 1 1 1 1\n", R"(PssmSet\([0-9]+\): Read data on pssm id 1 but max id is 1)"},
-        {"0 A 0 1 0\n1 C 0 1 0\n", "0 0 1 1 1 1\n5 0 1 1 1 1\n",
-         R"(PssmSet\([0-9]+\): Read data on pssm id 5 but max id is 2)"},
-    };
-    for (const Case& c : cases) {
-        EXPECT_DEATH(read_tables(c.key, c.data), c.regex);
-    }
-    EXPECT_DEATH(
-        {
-            PssmSet set;
-            set.read("/nonexistent/a.pssmk", "/nonexistent/b.pssmd", 0, 0, 0.0f, false);
-        },
-        R"(PssmSet\([0-9]+\): cannot open pssm files /nonexistent/a\.pssmk /nonexistent/b\.pssmd)");
+    EXPECT_DEATH(read("0 A 0 1 0\n", "1 0 1 1 1 1\n"),
+                 R"(PssmSet\([0-9]+\): Read data on pssm id 1 but max id is 1)");
+    EXPECT_DEATH(read("0 A 0 1 0\n1 C 0 1 0\n", "0 0 1 1 1 1\n5 0 1 1 1 1\n"),
+                 R"(PssmSet\([0-9]+\): Read data on pssm id 5 but max id is 2)");
+    PssmSet set;
+    EXPECT_DEATH(set.read("/nonexistent/a.pssmk", "/nonexistent/b.pssmd", 0, 0, 0.0f, false),
+                 R"(PssmSet\([0-9]+\): cannot open pssm files /nonexistent/a\.pssmk /nonexistent/b\.pssmd)");
 }
 
 // Real data (bench/data/fetch_seqpack.sh): the 205 JASPAR vertebrate PFMs of Debian's PWMEnrich, as
@@ -97,9 +82,7 @@ TEST(PssmSetRealTest, JasparVertebrates) {
     if (!orig || !key || !data)
         GTEST_SKIP() << "no JASPAR tables: run bench/data/fetch_seqpack.sh";
     PssmSet set;
-    testing::internal::CaptureStderr();
-    set.read(key, data, 0, 0, 0.0f, false);
-    testing::internal::GetCapturedStderr();
+    quiet([&] { set.read(key, data, 0, 0, 0.0f, false); });
     ASSERT_EQ(set.size(), 205);
     std::string line;
     int id = -1;
