@@ -1,52 +1,18 @@
-// K-mer walks against a brute-force scan: random promoters with padding and N, gaps, degenerate forms
-// up to two stars, windows; the window-list variants; the pattern lookups of the index.
+// K-mer walks against a brute-force scan: random promoters with padding, N, lower case and NUL, gaps,
+// degenerate forms up to two stars, windows; the window-list variants; the pattern lookups of the index.
 #include "KMerAggragator.h"
+#include "KMerWorld.h"
 #include "Random.h"
-#include "TestSupport.h"
-#include "VarUniverse.h"
 #include "options.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <map>
-#include <random>
 #include <set>
 #include <sstream>
 
 namespace {
-// A universe of n genes and random letter promoters: some genes without a promoter, some short ones,
-// some padded with NUL in front, a few N among A, C, G, T.
-struct KmerWorld {
-    VarUniverse univ;
-    DnaSeqGenomePromoters<DnaSequence> genome;
-    ds_bitvec genes;
-
-    KmerWorld(int n, std::uint32_t seed) : genes(n) {
-        std::ostringstream tab;
-        for (int i = 0; i < n; ++i)
-            tab << i << " G" << i << " g" << i << "\n";
-        std::istringstream tin(tab.str());
-        univ.read_short_tabs(tin);
-        std::mt19937 rng(seed);
-        genome.m_promoters.resize(static_cast<std::size_t>(n));
-        for (int i = 0; i < n; ++i) {
-            DnaSeqPromoter<DnaSequence>& p = genome.m_promoters[i];
-            if (rng() % 7 == 0)
-                continue; // no promoter
-            const int len = rng() % 9 == 0 ? static_cast<int>(rng() % 6) : 20 + static_cast<int>(rng() % 25);
-            for (int j = 0; j < len; ++j)
-                p.push_back(rng() % 23 == 0 ? 'N' : "ACGT"[rng() % 4]);
-            if (rng() % 5 == 0)
-                p.replace(0, std::min<std::size_t>(p.size(), 1 + rng() % 6), 1 + rng() % 6, '\0');
-            p.m_is_empty = false;
-            p.m_gene_var_id = i;
-            if (rng() % 4 != 0)
-                genes.set_ind(i);
-        }
-    }
-};
-
 struct Brute {
     std::map<std::string, std::uint64_t> counts;
     std::map<std::string, std::set<int>> holders;
