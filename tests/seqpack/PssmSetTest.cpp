@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 TEST(PssmSetTest, ReadsKeysCountsAndShiftsIds) {
@@ -84,37 +85,27 @@ TEST(PssmSetRealTest, JasparVertebrates) {
     PssmSet set;
     quiet([&] { set.read(key, data, 0, 0, 0.0f, false); });
     ASSERT_EQ(set.size(), 205);
-    std::string line;
-    int id = -1;
-    std::vector<std::vector<float>> rows;
-    auto check = [&]() {
-        if (id < 0)
-            return;
+    // The original: a '>' line, then rows A, C, G, T of counts by column.
+    std::vector<std::vector<std::vector<float>>> mats;
+    for (std::string line; std::getline(orig, line);) {
+        if (!line.empty() && line[0] == '>')
+            mats.emplace_back();
+        else if (!line.empty()) {
+            std::istringstream ls(line);
+            mats.back().emplace_back(std::istream_iterator<float>(ls), std::istream_iterator<float>());
+        }
+    }
+    ASSERT_EQ(mats.size(), 205u);
+    for (int id = 0; id < 205; ++id) {
         const DnaPSSM& p = set.m_pssms[id];
+        const std::vector<std::vector<float>>& rows = mats[id];
         ASSERT_EQ(p.width(), static_cast<int>(rows[0].size())) << id;
         for (int c = 0; c < p.width(); ++c) {
             const float sum = rows[0][c] + rows[1][c] + rows[2][c] + rows[3][c];
             for (int b = 0; b < 4; ++b)
                 EXPECT_NEAR(p.m_profile[c].m_prob[b], rows[b][c] / sum, 1e-6) << id << " " << c;
         }
-    };
-    while (std::getline(orig, line)) {
-        if (line.empty())
-            continue;
-        if (line[0] == '>') {
-            check();
-            ++id;
-            rows.clear();
-            continue;
-        }
-        std::istringstream ls(line);
-        rows.emplace_back();
-        float v;
-        while (ls >> v)
-            rows.back().push_back(v);
     }
-    check();
-    EXPECT_EQ(id, 204);
     EXPECT_EQ(set.m_consensus[0], "MA0004.1");
     EXPECT_EQ(set.m_pssms[0].get_consensus(), "CACGTG");
 }
