@@ -48,6 +48,8 @@ std::vector<float> tagged_floats(std::istream& in, const std::string& tag) {
 }
 } // namespace
 
+// The cases hold the scan's edges: sequences as long as or shorter than the PSSM, N, NUL padding, both
+// strands and tied sites.
 TEST(DnaPSSMTest, ScansAndCountsAgreeWithFloat32Model) {
     std::ifstream in(source_dir() + "/data/seqpack/pssm_cases.txt");
     ASSERT_TRUE(in) << "data/seqpack/pssm_cases.txt";
@@ -128,47 +130,6 @@ TEST(DnaPSSMTest, ScansAndCountsAgreeWithFloat32Model) {
             ties_seen += s != at && dirs[s] != 0 && to_bits(ll[s]) == to_bits(best);
     }
     EXPECT_GT(ties_seen, 10) << "the cases should hold tied sites";
-}
-
-TEST(DnaPSSMTest, ScanEdgeCases) {
-    DnaPSSM p;
-    p.resize(3);
-    float best;
-    int dir;
-    // As long as the sequence: the one start where it fits is left out of the window.
-    EXPECT_EQ(p.max_like_match("ACG", best, dir), 0);
-    EXPECT_EQ(best, DnaPSSM::kScanStart);
-    // Shorter than the PSSM.
-    EXPECT_EQ(p.max_like_match("AC", best, dir), 0);
-    EXPECT_EQ(best, DnaPSSM::kLogZero);
-    // N scores log(1/4) in a scan and -3.4e38 as a word.
-    p.max_like_match("NNNA", best, dir);
-    EXPECT_FLOAT_EQ(best, 3 * -1.38629f);
-    float ll;
-    p.calc_like("NAC", ll);
-    EXPECT_EQ(ll, DnaPSSM::kLogZero);
-    // A palindromic site (AT) scores the same on both strands: the forward strand is kept.
-    p.m_bidirect = true;
-    p.resize(2);
-    p.m_profile[0].reset({0.7f, 0.1f, 0.1f, 0.1f});
-    p.m_profile[1].reset({0.1f, 0.1f, 0.1f, 0.7f});
-    EXPECT_EQ(p.max_like_match("CCATCC", best, dir), 2);
-    EXPECT_EQ(dir, 1);
-    // Site ATT: AAT read as its reverse complement is ATT.
-    p.resize(3);
-    p.m_profile[2].reset({0.1f, 0.1f, 0.1f, 0.7f});
-    EXPECT_EQ(p.max_like_match("CCAATCC", best, dir), 2);
-    EXPECT_EQ(dir, -1);
-    // ATT at 3 forward ties with AAT at 2 reversed: the earlier start stays.
-    EXPECT_EQ(p.max_like_match("CCAATTCC", best, dir), 2);
-    EXPECT_EQ(dir, -1);
-    // Padding: no site overlaps a NUL, even a perfect one.
-    std::string padded("\0\0ATTCCC", 8);
-    EXPECT_EQ(p.max_like_match(padded, best, dir), 2);
-    EXPECT_EQ(dir, 1);
-    padded[2] = '\0';
-    p.max_like_match(padded, best, dir);
-    EXPECT_LT(best, 3 * std::log(0.7f));
 }
 
 TEST(DnaPSSMTest, ColumnArithmeticByHand) {
