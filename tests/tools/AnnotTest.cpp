@@ -113,7 +113,9 @@ TEST_F(AnnotCase, BestAndDependentPvalues) {
     // Size filter drops B (size 4): A is best.
     g_min_cls_size = 5;
     EXPECT_NEAR(get_best_pval(classes, s), std::log(6.0 / 252.0), 1e-5);
-    // Overlap filter: nothing passes, the value stays 0.
+    // Overlap filter: an overlap of 4 passes at 4, nothing passes at 5 and the value stays 0.
+    g_min_inter = 4;
+    EXPECT_NEAR(get_best_pval(classes, s), std::log(6.0 / 252.0), 1e-5);
     g_min_inter = 5;
     EXPECT_EQ(get_best_pval(classes, s), 0.0f);
 }
