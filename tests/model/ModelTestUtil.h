@@ -15,23 +15,9 @@
 #include <string>
 #include <vector>
 
-// The test binary knows the repository root; source_dir() of the support library is compiled without it.
-inline std::string model_data(const std::string& name) {
-#ifdef VESK_SOURCE_DIR
-    return std::string(VESK_SOURCE_DIR) + "/data/model/" + name;
-#else
-    return source_dir() + "/data/model/" + name;
-#endif
-}
+inline std::string model_data(const std::string& name) { return source_dir() + "/data/model/" + name; }
 
 using Params = std::map<std::string, std::string>;
-
-// Runs f with the error stream captured and returns what it printed.
-template <class F> std::string quiet(F f) {
-    testing::internal::CaptureStderr();
-    f();
-    return testing::internal::GetCapturedStderr();
-}
 
 // The five genes of varob_long.tab (ids 0..4), read quietly.
 inline void load_small_universe(VarUniverse& u) {

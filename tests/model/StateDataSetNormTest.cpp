@@ -33,7 +33,7 @@ TEST(StateDataSetNorm, CondStandartizeMasksTheMeanButMovesEveryCell) {
     EXPECT_EQ(g.at(2, 0), NA);
 }
 
-TEST(StateDataSetNorm, GeneStandartizeKeepsTheLogMismatch) {
+TEST(StateDataSetNorm, GeneStandartizeKeepsTheLogMismatchAndNormByReference) {
     Grid g(4, 3, {100, 2, 8, /**/ 7, 2, 8, /**/ 0, 3, 3, /**/ 5, NA, NA});
     quiet([&] { g.ds.gene_standartize(true, 1); });
     // log2 of 2 and 8 is 1 and 3: mean 2, sd 1; the cells enter as natural logs.
@@ -48,15 +48,13 @@ TEST(StateDataSetNorm, GeneStandartizeKeepsTheLogMismatch) {
     EXPECT_EQ(h.at(0, 1), 1.0f);
     EXPECT_EQ(h.at(1, 0), 0.0f); // no variance: sd 1
     EXPECT_EQ(h.at(2, 0), NA);
-}
 
-TEST(StateDataSetNorm, GeneNormByReference) {
-    Grid g(2, 3, {5, 1, 4, /**/ 2, NA, 7});
-    g.ds.gene_norm_by_ref(1, 0);
-    EXPECT_EQ(g.at(0, 0), 4.0f);
-    EXPECT_EQ(g.at(0, 1), 0.0f);
-    EXPECT_EQ(g.at(1, 1), NA);
-    EXPECT_EQ(g.at(1, 2), 7.0f + FLT_MAX); // a missing reference is subtracted as it is
+    Grid r(2, 3, {5, 1, 4, /**/ 2, NA, 7});
+    r.ds.gene_norm_by_ref(1, 0);
+    EXPECT_EQ(r.at(0, 0), 4.0f);
+    EXPECT_EQ(r.at(0, 1), 0.0f);
+    EXPECT_EQ(r.at(1, 1), NA);
+    EXPECT_EQ(r.at(1, 2), 7.0f + FLT_MAX); // a missing reference is subtracted as it is
 }
 
 TEST(StateDataSetNorm, ArrayTypesFromMissingPatterns) {

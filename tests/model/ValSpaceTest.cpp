@@ -26,14 +26,16 @@ struct Discrete {
         return vs;
     }
 };
+// Down through (-1,1),(0,0); a hat through (-1,0),(0,1),(1,0); up through (0,0),(1,1) (flat past (5,1)).
+// Bins of 0.5 from -2 to 2.
 struct Prob {
     static constexpr int kStates = 3;
-    static ValSpaceBase* make() {
+    static ValSpaceProb* make() {
         options& o = test_options(
             "[S0]\nPoints = { f 4\n-1 1 0 0\n}\n[S1]\nPoints = { f 6\n-1 0 0 1 1 0\n}\n"
             "[S2]\nPoints = { f 8\n0 0 1 1 5 1 6 1\n}\n[VS]\nFuncScopes = { s 3\nS0\nS1\nS2\n}\nLogit = 0\n"
             "BinSize = 0.5\nRangeMax = 2\nZeroState = 1.7\nRangeBase = -2\n");
-        ValSpaceBase* vs = nullptr;
+        ValSpaceProb* vs = nullptr;
         quiet([&] { vs = new ValSpaceProb(o, "VS", false); });
         return vs;
     }
@@ -102,15 +104,22 @@ TEST(ScalarFunc, PiecewiseLinearAndFriends) {
     EXPECT_EQ(d(0.51f), 0.0f);
 }
 
-TEST(ValSpaceK, TruncatesAndClamps) {
+TEST(ValSpaceK, TruncatesAndClampsAndValSpace3HasStrictThresholds) {
     options o;
     ValSpaceK k(o, "any", 3);
-    EXPECT_EQ(k.get_state_of_val(5.0f), 3);
-    EXPECT_EQ(k.get_state_of_val(-0.5f), 0);
-    EXPECT_EQ(k.get_state_of_val(2.7f), 2);
+    ValSpace3 v3(o, "kaka");
+    const float vals[] = {5.0f, -0.5f, 2.7f, 1.0f, -1.0f, 1.0001f, -1.0001f};
+    const int k_states[] = {3, 0, 2, 1, 0, 1, 0}, v3_states[] = {1, 0, 1, 0, 0, 1, 2};
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(k.get_state_of_val(vals[i]), k_states[i]) << vals[i];
+        EXPECT_EQ(v3.get_state_of_val(vals[i]), v3_states[i]) << vals[i];
+    }
     EXPECT_EQ(k.get_val_state_prob(0, 2.7f), 2.7f);
     EXPECT_EQ(k.get_val_state_prob(1, 9.0f), 3.0f);
     EXPECT_EQ(k.get_val_state_prob(2, -1.0f), 0.0f);
+    EXPECT_EQ(v3.get_val_state_prob(2, -3.0f), 1.0f);
+    EXPECT_EQ(v3.get_val_state_prob(0, -3.0f), 0.0f);
+    EXPECT_EQ(v3.get_zero_state(), 0);
 }
 
 TEST(ValSpaceDiscrete, AllBinsBelowTheTopGetStateOne) {
@@ -136,8 +145,7 @@ TEST(ValSpaceDiscrete, AllBinsBelowTheTopGetStateOne) {
 
 namespace {
 
-// Down through (-1,1),(0,0); a hat through (-1,0),(0,1),(1,0); up through (0,0),(1,1). Bins of 0.5 from -2
-// to 2.
+// The table of the three functions of Prob.
 void expect_hand_table(const ValSpaceProb& p) {
     ASSERT_EQ(p.m_probs.rows(), 9);
     ASSERT_EQ(p.m_states, 3);
@@ -178,13 +186,7 @@ TEST(ValSpaceProb, TabulatesAndLooksUp) {
 }
 
 TEST(ValSpaceProb, FromOptions) {
-    options& o = test_options(
-        "[S0]\nPoints = { f 4\n-1 1 0 0\n}\n[S1]\nPoints = { f 6\n-1 0 0 1 1 0\n}\n"
-        "[S2]\nPoints = { f 8\n0 0 1 1 5 1 6 1\n}\n[VS]\nFuncScopes = { s 3\nS0\nS1\nS2\n}\nLogit = 0\n"
-        "BinSize = 0.5\nRangeMax = 2\nZeroState = 1.7\nRangeBase = -2\n");
-    std::unique_ptr<ValSpaceProb> p;
-    quiet([&] { p.reset(new ValSpaceProb(o, "VS", false)); });
-    expect_hand_table(*p);
+    expect_hand_table(*std::unique_ptr<ValSpaceProb>(Prob::make()));
 
     options& bad =
         test_options("[S]\nPoints = { f 10\n0 0 1 1 2 2 3 3 4 4\n}\n[VS]\nFuncScopes = { s 1\nS\n}\n");

@@ -2,7 +2,6 @@
 // anonymous ids and the value space the universe points to.
 #include "ModelTestUtil.h"
 #include "ModelVarFact.h"
-#include "ValSpace3.h"
 
 #include <memory>
 
@@ -16,7 +15,7 @@ std::string read_short(VarUniverse& u, const char* text) {
 
 } // namespace
 
-TEST(VarUniverse, ShortTableIdsInAnyOrderWithHoles) {
+TEST(VarUniverse, ShortTableIdsInAnyOrderWithHolesAndBadTokens) {
     VarUniverse u;
     EXPECT_EQ(read_short(u, "5 YAL001C TFC3\n0  YAL002W\tVPS8\n5 YAL003W EFB1\n"),
               "max id is 5\nfinish reading all objects\n");
@@ -38,13 +37,12 @@ TEST(VarUniverse, ShortTableIdsInAnyOrderWithHoles) {
     read_short(same, "3 GENE GENE\n");
     EXPECT_EQ(VarUniverse::find(same.m_name_to_id, "GENE"), 3);
     EXPECT_EQ(VarUniverse::find(same.m_short_to_id, "GENE"), 3);
-}
 
-TEST(VarUniverse, BadTokenEndsTheReadQuietlyAndEmptyTable) {
-    VarUniverse u, e;
-    EXPECT_EQ(read_short(u, "0 A a\n1 B b\nx C c\n2 D d\n"), "max id is 1\nfinish reading all objects\n");
-    EXPECT_EQ(u.size(), 2);
-    EXPECT_EQ(VarUniverse::find(u.m_name_to_id, "D"), -1);
+    // A bad token ends the read quietly.
+    VarUniverse bad, e;
+    EXPECT_EQ(read_short(bad, "0 A a\n1 B b\nx C c\n2 D d\n"), "max id is 1\nfinish reading all objects\n");
+    EXPECT_EQ(bad.size(), 2);
+    EXPECT_EQ(VarUniverse::find(bad.m_name_to_id, "D"), -1);
     EXPECT_EQ(read_short(e, ""), "max id is -1\nfinish reading all objects\n");
     EXPECT_EQ(e.size(), 0);
 }
@@ -75,10 +73,9 @@ TEST(VarUniverseLong, KindsAndAliases) {
         unused;
     EXPECT_EQ(quiet([&] { u.read_tabs(in, unused); }), "max id is 2\nfinish reading all objects\n");
     ASSERT_EQ(u.size(), 3);
-    EXPECT_STREQ(u.get_var_type_name(0), "tf");
-    EXPECT_STREQ(u.get_var_type_name(1), "ExternalMetabolite");
-    EXPECT_STREQ(u.get_var_type_name(2), "mrna");
-    EXPECT_STREQ(u.get_var_type_name(7), "");
+    const char* kinds[] = {"tf", "ExternalMetabolite", "mrna", "", "", "", "", ""};
+    for (int i = 0; i < 8; ++i)
+        EXPECT_STREQ(u.get_var_type_name(i), kinds[i]) << i;
     EXPECT_EQ(u.m_short_names, (std::vector<std::string>{"TFC3", "VPS8", "EFB1"}));
     const std::map<std::string, int> aliases{{"FUN24", 0}, {"TEF5", 2}, {"A1", 2},
                                              {"", 2},      {"A2", 2},   {"FUN15", 1}};
@@ -87,7 +84,7 @@ TEST(VarUniverseLong, KindsAndAliases) {
     EXPECT_EQ(VarUniverse::find(u.m_name_to_id, "YAL002W"), 1);
 }
 
-TEST(VarUniverseLong, BadRowsAndUnknownKinds) {
+TEST(VarUniverseLong, BadRowsUnknownKindsAndAnonymousIds) {
     VarUniverse u;
     std::istringstream in("0 A gene 0 0 a x\n1 B gene 0 0 b\n"), unused;
     // The second row ends before its alias: the read stops there.
@@ -97,25 +94,11 @@ TEST(VarUniverseLong, BadRowsAndUnknownKinds) {
     std::istringstream odd("0 A enzyme 0 0 a x\n");
     EXPECT_DEATH(u.read_tabs(odd, unused), R"(factory\([0-9]+\): Didn't Find entry for enzyme)");
     EXPECT_DEATH(VarUniverse::check_var_id(3, 4), R"(VarUniverse\([0-9]+\): vars id 3 differs from 4)");
-}
 
-TEST(VarUniverseLong, InitIdspace) {
-    VarUniverse u;
-    u.init_idspace(3);
-    ASSERT_EQ(u.size(), 3);
-    EXPECT_EQ(u.m_short_to_id, (std::map<std::string, int>{{"Gene0", 0}, {"Gene1", 1}, {"Gene2", 2}}));
-    EXPECT_EQ(u.m_vars[2]->m_id, 2);
-    EXPECT_STREQ(u.get_var_type_name(2), "gene");
-}
-
-TEST(ValSpace3, StrictThresholds) {
-    options o;
-    ValSpace3 vs(o, "kaka");
-    EXPECT_EQ(vs.get_state_of_val(1.0f), 0);
-    EXPECT_EQ(vs.get_state_of_val(-1.0f), 0);
-    EXPECT_EQ(vs.get_state_of_val(1.0001f), 1);
-    EXPECT_EQ(vs.get_state_of_val(-1.0001f), 2);
-    EXPECT_EQ(vs.get_val_state_prob(2, -3.0f), 1.0f);
-    EXPECT_EQ(vs.get_val_state_prob(0, -3.0f), 0.0f);
-    EXPECT_EQ(vs.get_zero_state(), 0);
+    VarUniverse anon;
+    anon.init_idspace(3);
+    ASSERT_EQ(anon.size(), 3);
+    EXPECT_EQ(anon.m_short_to_id, (std::map<std::string, int>{{"Gene0", 0}, {"Gene1", 1}, {"Gene2", 2}}));
+    EXPECT_EQ(anon.m_vars[2]->m_id, 2);
+    EXPECT_STREQ(anon.get_var_type_name(2), "gene");
 }

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -47,6 +48,8 @@ std::vector<float> tagged_floats(std::istream& in, const std::string& tag) {
 }
 } // namespace
 
+// The cases hold the scan's edges: sequences as long as or shorter than the PSSM, N, NUL padding, both
+// strands and tied sites.
 TEST(DnaPSSMTest, ScansAndCountsAgreeWithFloat32Model) {
     std::ifstream in(source_dir() + "/data/seqpack/pssm_cases.txt");
     ASSERT_TRUE(in) << "data/seqpack/pssm_cases.txt";
@@ -56,12 +59,9 @@ TEST(DnaPSSMTest, ScansAndCountsAgreeWithFloat32Model) {
     int ties_seen = 0;
     for (int c = 0; c < ncase; ++c) {
         SCOPED_TRACE("case " + std::to_string(c));
-        std::string line, tag;
-        std::getline(in, line);
-        std::istringstream hs(line);
-        int w, n, lo, hi, bidir;
-        hs >> tag >> w >> n >> lo >> hi >> bidir;
-        ASSERT_EQ(tag, "case");
+        const std::vector<int> head = tagged<int>(in, "case"); // width, length, range, bidirect
+        ASSERT_EQ(head.size(), 5u);
+        const int w = head[0], n = head[1];
         DnaPSSM pssm;
         pssm.resize(w);
         for (int i = 0; i < w; ++i) {
@@ -69,16 +69,13 @@ TEST(DnaPSSMTest, ScansAndCountsAgreeWithFloat32Model) {
             ASSERT_EQ(l.size(), 4u);
             std::copy(l.begin(), l.end(), pssm.m_profile[i].m_log);
         }
-        pssm.m_min_range = lo;
-        pssm.m_max_range = hi;
-        pssm.m_bidirect = bidir != 0;
-        std::getline(in, line);
-        std::string seq = line.substr(2);
-        if (seq == "-")
-            seq.clear();
-        for (char& ch : seq)
-            if (ch == '.')
-                ch = '\0';
+        pssm.m_min_range = head[2];
+        pssm.m_max_range = head[3];
+        pssm.m_bidirect = head[4] != 0;
+        std::string seq;
+        std::getline(in, seq);
+        seq = seq == "S -" ? "" : seq.substr(2);
+        std::replace(seq.begin(), seq.end(), '.', '\0');
         ASSERT_EQ(static_cast<int>(seq.size()), n);
 
         std::vector<long long> m = tagged<long long>(in, "M");
@@ -128,62 +125,18 @@ TEST(DnaPSSMTest, ScansAndCountsAgreeWithFloat32Model) {
             EXPECT_EQ(to_bits(g), to_bits(f));
         }
         // A best site that another start also reaches shows the tie rule at work.
-        if (w > 0 && m[1] != static_cast<long long>(to_bits(DnaPSSM::kLogZero)) && bidir) {
-            for (int s = 0; s < n; ++s)
-                if (s != at && dirs[s] != 0 && to_bits(ll[s]) == to_bits(best))
-                    ++ties_seen;
-        }
+        for (int s = 0;
+             w > 0 && m[1] != static_cast<long long>(to_bits(DnaPSSM::kLogZero)) && head[4] && s < n; ++s)
+            ties_seen += s != at && dirs[s] != 0 && to_bits(ll[s]) == to_bits(best);
     }
     EXPECT_GT(ties_seen, 10) << "the cases should hold tied sites";
 }
 
-TEST(DnaPSSMTest, ScanEdgeCases) {
-    DnaPSSM p;
-    p.resize(3);
-    float best;
-    int dir;
-    // As long as the sequence: the one start where it fits is left out of the window.
-    EXPECT_EQ(p.max_like_match("ACG", best, dir), 0);
-    EXPECT_EQ(best, DnaPSSM::kScanStart);
-    // Shorter than the PSSM.
-    EXPECT_EQ(p.max_like_match("AC", best, dir), 0);
-    EXPECT_EQ(best, DnaPSSM::kLogZero);
-    // N scores log(1/4) in a scan and -3.4e38 as a word.
-    p.max_like_match("NNNA", best, dir);
-    EXPECT_FLOAT_EQ(best, 3 * -1.38629f);
-    float ll;
-    p.calc_like("NAC", ll);
-    EXPECT_EQ(ll, DnaPSSM::kLogZero);
-    // A palindromic site (AT) scores the same on both strands: the forward strand is kept.
-    p.m_bidirect = true;
-    p.resize(2);
-    p.m_profile[0].reset({0.7f, 0.1f, 0.1f, 0.1f});
-    p.m_profile[1].reset({0.1f, 0.1f, 0.1f, 0.7f});
-    EXPECT_EQ(p.max_like_match("CCATCC", best, dir), 2);
-    EXPECT_EQ(dir, 1);
-    // Site ATT: AAT read as its reverse complement is ATT.
-    p.resize(3);
-    p.m_profile[2].reset({0.1f, 0.1f, 0.1f, 0.7f});
-    EXPECT_EQ(p.max_like_match("CCAATCC", best, dir), 2);
-    EXPECT_EQ(dir, -1);
-    // ATT at 3 forward ties with AAT at 2 reversed: the earlier start stays.
-    EXPECT_EQ(p.max_like_match("CCAATTCC", best, dir), 2);
-    EXPECT_EQ(dir, -1);
-    // Padding: no site overlaps a NUL, even a perfect one.
-    std::string padded("\0\0ATTCCC", 8);
-    EXPECT_EQ(p.max_like_match(padded, best, dir), 2);
-    EXPECT_EQ(dir, 1);
-    padded[2] = '\0';
-    p.max_like_match(padded, best, dir);
-    EXPECT_LT(best, 3 * std::log(0.7f));
-}
-
 TEST(DnaPSSMTest, ColumnArithmeticByHand) {
     DnaProbVec v;
-    v.m_prob[0] = 2.0f;
-    v.m_prob[1] = 0.0f;
-    v.m_prob[2] = 1.0f;
-    v.m_prob[3] = 1.0f;
+    const float counts[4] = {2.0f, 0.0f, 1.0f, 1.0f},
+                logs[4] = {0.0f, std::log(2.0f), std::log(3.0f), std::log(2.0f)};
+    std::copy(counts, counts + 4, v.m_prob);
     v.normalize();
     EXPECT_FLOAT_EQ(v.m_prob[0], 0.5f);
     EXPECT_EQ(v.m_log[1], -3.4028235e+36f); // normalize's floor
@@ -197,17 +150,14 @@ TEST(DnaPSSMTest, ColumnArithmeticByHand) {
     EXPECT_EQ(os.str(), "0\t0.5\t0.25\t0.25\n");
 
     // log space: logs of 1, 2, 3, 2 normalise to 1/8, 2/8, 3/8, 2/8.
-    v.m_log[0] = 0.0f;
-    v.m_log[1] = std::log(2.0f);
-    v.m_log[2] = std::log(3.0f);
-    v.m_log[3] = std::log(2.0f);
+    std::copy(logs, logs + 4, v.m_log);
     v.normalize_log();
     EXPECT_NEAR(v.m_prob[0], 0.125f, 1e-6);
     EXPECT_NEAR(v.m_prob[2], 0.375f, 1e-6);
     EXPECT_NEAR(v.m_log[1], std::log(0.25f), 1e-6);
 }
 
-TEST(DnaPSSMTest, ProfileOperationsByHand) {
+TEST(DnaPSSMTest, ProfileOperationsByHandAndUnequalWidths) {
     DnaPSSM p, q;
     p.resize(2);
     q.resize(2);
@@ -245,6 +195,9 @@ TEST(DnaPSSMTest, ProfileOperationsByHand) {
     q.resize(1);
     dbg << q;
     EXPECT_EQ(dbg.str(), "0.25\t0.25\t0.25\t0.25\n-1.38629\t-1.38629\t-1.38629\t-1.38629\n");
+    EXPECT_DEATH(
+        p.dot_product(r),
+        R"(DnaPSSM\([0-9]+\): dot product support equal sized profiles, extend the code if you ment something else)");
 }
 
 TEST(DnaPSSMTest, ConsensusAtThresholdCells) {
@@ -303,13 +256,4 @@ TEST(DnaPSSMTest, WriteTabOfTwoJasparMatrices) {
                         "1\t5\t0\t0\t1\t0\n");
     EXPECT_EQ(set.m_pssms[0].get_consensus(), "CACGTG");
     EXPECT_EQ(set.m_pssms[1].get_consensus(), "*GCGTG");
-}
-
-TEST(DnaPSSMDeathTest, UnequalWidths) {
-    DnaPSSM a, b;
-    a.resize(2);
-    b.resize(3);
-    EXPECT_DEATH(
-        a.dot_product(b),
-        R"(DnaPSSM\([0-9]+\): dot product support equal sized profiles, extend the code if you ment something else)");
 }

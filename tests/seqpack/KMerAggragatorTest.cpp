@@ -1,51 +1,18 @@
-// K-mer walks against a brute-force scan: random promoters with padding and N, gaps, degenerate forms
-// up to two stars, windows; the window-list variants; the pattern lookups of the index.
+// K-mer walks against a brute-force scan: random promoters with padding, N, lower case and NUL, gaps,
+// degenerate forms up to two stars, windows; the window-list variants; the pattern lookups of the index.
 #include "KMerAggragator.h"
+#include "KMerWorld.h"
 #include "Random.h"
-#include "TestSupport.h"
-#include "VarUniverse.h"
 #include "options.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
-#include <random>
 #include <set>
 #include <sstream>
 
 namespace {
-// A universe of n genes and random letter promoters: some genes without a promoter, some short ones,
-// some padded with NUL in front, a few N among A, C, G, T.
-struct KmerWorld {
-    VarUniverse univ;
-    DnaSeqGenomePromoters<DnaSequence> genome;
-    ds_bitvec genes;
-
-    KmerWorld(int n, std::uint32_t seed) : genes(n) {
-        std::ostringstream tab;
-        for (int i = 0; i < n; ++i)
-            tab << i << " G" << i << " g" << i << "\n";
-        std::istringstream tin(tab.str());
-        univ.read_short_tabs(tin);
-        std::mt19937 rng(seed);
-        genome.m_promoters.resize(static_cast<std::size_t>(n));
-        for (int i = 0; i < n; ++i) {
-            DnaSeqPromoter<DnaSequence>& p = genome.m_promoters[i];
-            if (rng() % 7 == 0)
-                continue; // no promoter
-            const int len = rng() % 9 == 0 ? static_cast<int>(rng() % 6) : 20 + static_cast<int>(rng() % 25);
-            for (int j = 0; j < len; ++j)
-                p.push_back(rng() % 23 == 0 ? 'N' : "ACGT"[rng() % 4]);
-            if (rng() % 5 == 0)
-                p.replace(0, std::min<std::size_t>(p.size(), 1 + rng() % 6), 1 + rng() % 6, '\0');
-            p.m_is_empty = false;
-            p.m_gene_var_id = i;
-            if (rng() % 4 != 0)
-                genes.set_ind(i);
-        }
-    }
-};
-
 struct Brute {
     std::map<std::string, std::uint64_t> counts;
     std::map<std::string, std::set<int>> holders;
@@ -92,18 +59,23 @@ void brute_scan(const KmerWorld& w, int k, int max_deg, int min_gap, int max_gap
     }
 }
 
+std::set<int> members(const ds_bitvec& v) {
+    std::set<int> out;
+    for (int i = 0; i < v.size(); ++i)
+        if (v.get_ind(i))
+            out.insert(i);
+    return out;
+}
+
 template <class Index> void expect_same_index(const Index& agg, const Brute& b) {
     std::map<std::string, std::set<int>> got;
     for (auto it = agg.get_pat_begin(); it != agg.get_pat_end(); ++it)
-        for (int i = 0; i < it->second.size(); ++i)
-            if (it->second.get_ind(i))
-                got[it->first].insert(i);
+        got[it->first] = members(it->second);
     EXPECT_EQ(got, b.holders);
 }
 
-template <class Counter> void expect_same_counts(const Counter& cnt, const Brute& b) {
-    std::map<std::string, std::uint64_t> got(cnt.get_begin(), cnt.get_end());
-    EXPECT_EQ(got, b.counts);
+template <class Counter> std::map<std::string, std::uint64_t> counts(const Counter& cnt) {
+    return std::map<std::string, std::uint64_t>(cnt.get_begin(), cnt.get_end());
 }
 } // namespace
 
@@ -118,23 +90,23 @@ TEST(KMerAggragatorTest, IndexAndCountsMatchBruteForce) {
         {4, 0, 0, 0, 0, -1},  {3, 1, 0, 0, 5, 30}, {6, 2, 0, 2, 0, -1}, {6, 2, 1, 3, 3, 25},
         {5, 0, 1, 1, 0, 100}, {7, 1, 0, 4, 2, 38}, {4, 2, 2, 3, 0, -1}, {8, 2, 0, 0, 10, 25},
     };
-    testing::internal::CaptureStderr();
-    for (const Params& q : params) {
-        SCOPED_TRACE("k " + std::to_string(q.k) + " deg " + std::to_string(q.max_deg) + " gaps " +
-                     std::to_string(q.min_gap) + "-" + std::to_string(q.max_gap) + " window " +
-                     std::to_string(q.from) + "," + std::to_string(q.to));
-        Brute b;
-        brute_scan(w, q.k, q.max_deg, q.min_gap, q.max_gap, q.from, q.to, b);
-        KMerAggragator<DnaSequence> agg(w.univ, w.genome);
-        agg.init(q.k, q.max_deg, q.min_gap, q.max_gap, w.genes, q.from, q.to);
-        expect_same_index(agg, b);
-        KMerCounter<DnaSequence> cnt(w.univ, w.genome);
-        cnt.init(q.k, q.max_deg, q.min_gap, q.max_gap, w.genes, q.from, q.to);
-        expect_same_counts(cnt, b);
-        // Below k = 5 there are no splits, so a walk of gaps only has no texts.
-        EXPECT_EQ(b.counts.empty(), q.k < 5 && q.min_gap > 0);
-    }
-    const std::string err = testing::internal::GetCapturedStderr();
+    const std::string err = quiet([&] {
+        for (const Params& q : params) {
+            SCOPED_TRACE("k " + std::to_string(q.k) + " deg " + std::to_string(q.max_deg) + " gaps " +
+                         std::to_string(q.min_gap) + "-" + std::to_string(q.max_gap) + " window " +
+                         std::to_string(q.from) + "," + std::to_string(q.to));
+            Brute b;
+            brute_scan(w, q.k, q.max_deg, q.min_gap, q.max_gap, q.from, q.to, b);
+            KMerAggragator<DnaSequence> agg(w.univ, w.genome);
+            agg.init(q.k, q.max_deg, q.min_gap, q.max_gap, w.genes, q.from, q.to);
+            expect_same_index(agg, b);
+            KMerCounter<DnaSequence> cnt(w.univ, w.genome);
+            cnt.init(q.k, q.max_deg, q.min_gap, q.max_gap, w.genes, q.from, q.to);
+            EXPECT_EQ(counts(cnt), b.counts);
+            // Below k = 5 there are no splits, so a walk of gaps only has no texts.
+            EXPECT_EQ(b.counts.empty(), q.k < 5 && q.min_gap > 0);
+        }
+    });
     EXPECT_NE(err.find("Aggrag, proc vid =20\n"), std::string::npos);
     EXPECT_NE(err.find("Counter, proc vid =20\n"), std::string::npos);
 }
@@ -145,19 +117,16 @@ TEST(KMerAggragatorTest, WindowListsAndRandomShift) {
     Brute b;
     for (const auto& win : windows)
         brute_scan(w, 5, 1, 0, 1, win.first, win.second, b);
-    testing::internal::CaptureStderr();
     KMerRelCounter<DnaSequence> rc(w.univ, w.genome);
-    rc.init(5, 1, 0, 1, w.genes, windows);
-    std::map<std::string, std::uint64_t> got(rc.get_begin(), rc.get_end());
-    EXPECT_EQ(got, b.counts); // overlapping windows count twice
+    quiet([&] { rc.init(5, 1, 0, 1, w.genes, windows); });
+    EXPECT_EQ(counts(rc), b.counts); // overlapping windows count twice
 
     options opt;
     std::istringstream cfg("[Rel]\nShouldRandom = 1\nRandAmplitude = 3\n");
     opt.read(cfg, false);
     KMerRelAggrag<DnaSequence> ra(w.univ, w.genome, opt, "Rel");
     Random::reset(31);
-    ra.init(5, 1, 0, 1, w.genes, windows);
-    const std::string err = testing::internal::GetCapturedStderr();
+    const std::string err = quiet([&] { ra.init(5, 1, 0, 1, w.genes, windows); });
     // The same three draws, shifts int(u * 7) - 3 of both ends of each window.
     Random::reset(31);
     Brute shifted;
@@ -175,18 +144,12 @@ TEST(KMerAggragatorTest, WindowListsAndRandomShift) {
 TEST(KMerAggragatorTest, PatternLookups) {
     KmerWorld w(20, 7);
     KMerAggragator<DnaSequence> agg(w.univ, w.genome);
-    testing::internal::CaptureStderr();
-    agg.init(4, 1, 0, 0, w.genes, 0, -1);
-    testing::internal::GetCapturedStderr();
+    quiet([&] { agg.init(4, 1, 0, 0, w.genes, 0, -1); });
     Brute b;
     brute_scan(w, 4, 1, 0, 0, 0, -1, b);
     // Letters other than A, C, G, T count as '*'; one is within the limit.
     const ds_bitvec& one = agg.get_deg_pattern_sup_fp("ACNT");
-    std::set<int> want = b.holders["AC*T"], got;
-    for (int i = 0; i < one.size(); ++i)
-        if (one.get_ind(i))
-            got.insert(i);
-    EXPECT_EQ(got, want);
+    EXPECT_EQ(members(one), b.holders["AC*T"]);
     // Two are beyond it: all genes taking part.
     EXPECT_EQ(agg.get_deg_pattern_sup_fp("AMNT"), w.genes);
     // An unknown text gets an empty entry on the first lookup.
@@ -198,7 +161,7 @@ TEST(KMerAggragatorTest, PatternLookups) {
 
     // A restriction keeps only the listed texts (with their degenerate forms).
     agg.set_restrict({"ACGT"});
-    agg.init(4, 1, 0, 0, w.genes, 0, -1);
+    quiet([&] { agg.init(4, 1, 0, 0, w.genes, 0, -1); });
     for (auto it = agg.get_pat_begin(); it != agg.get_pat_end(); ++it) {
         int diff = 0;
         for (int i = 0; i < 4; ++i)
@@ -216,27 +179,24 @@ TEST(KMerAggragatorTest, DenseFormGivesTheSameIndex) {
     std::istringstream a(fasta), d(fasta);
     DnaSeqGenomePromoters<DnaSequence> letters;
     DnaSeqGenomePromoters<DnaDenseSequence> dense;
-    testing::internal::CaptureStderr();
-    letters.read_fasta(20, u, a, false, false);
-    dense.read_fasta(20, u, d, false, false);
     ds_bitvec all(2);
     all.set(true);
     KMerCounter<DnaSequence> cl(u, letters);
     KMerCounter<DnaDenseSequence> cd(u, dense);
-    cl.init(5, 1, 0, 2, all, 0, -1);
-    cd.init(5, 1, 0, 2, all, 0, -1);
-    testing::internal::GetCapturedStderr();
-    std::map<std::string, std::uint64_t> ml(cl.get_begin(), cl.get_end()), md(cd.get_begin(), cd.get_end());
+    quiet([&] {
+        letters.read_fasta(20, u, a, false, false);
+        dense.read_fasta(20, u, d, false, false);
+        cl.init(5, 1, 0, 2, all, 0, -1);
+        cd.init(5, 1, 0, 2, all, 0, -1);
+    });
     // N reads back from a word as '0' (value 0): the only difference.
     std::map<std::string, std::uint64_t> ml_zero;
-    for (const auto& e : ml) {
+    for (const auto& e : counts(cl)) {
         std::string t = e.first;
-        for (char& c : t)
-            if (c == 'N')
-                c = '0';
+        std::replace(t.begin(), t.end(), 'N', '0');
         ml_zero[t] += e.second;
     }
-    EXPECT_EQ(ml_zero, md);
+    EXPECT_EQ(ml_zero, counts(cd));
     EXPECT_EQ(cl.get_count("AC1TTG"), 1u);
     EXPECT_EQ(cl.get_count("AC2TGC"), 1u);
     EXPECT_EQ(cl.get_count("ACG1TG"), 0u); // k 5 has the split left = 2 only

@@ -2,61 +2,35 @@
 // map walks of KMerCounter and KMerAggragator.
 #include "KMerFastCount.h"
 #include "KMerAggragator.h"
-#include "TestSupport.h"
-#include "VarUniverse.h"
+#include "KMerWorld.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
-
-#include <random>
 #include <sstream>
 #include <tuple>
 
 TEST(KMerFastCountTest, SameAsMapWalk) {
     const std::uint32_t seed = test_seed(777);
     SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 rng(seed);
-    const int n = 60;
-    VarUniverse univ;
-    std::ostringstream tab;
-    for (int i = 0; i < n; ++i)
-        tab << i << " G" << i << " g" << i << "\n";
-    std::istringstream tin(tab.str());
-    univ.read_short_tabs(tin);
-    DnaSeqGenomePromoters<DnaSequence> genome;
-    genome.m_promoters.resize(n);
-    ds_bitvec genes(n);
-    // Mostly A, C, G, T over a small alphabet of runs (so texts repeat), with N, lower case and NUL.
-    for (int i = 0; i < n; ++i) {
-        DnaSeqPromoter<DnaSequence>& p = genome.m_promoters[i];
-        if (i % 11 == 3)
-            continue;
-        const int len = static_cast<int>(rng() % 80);
-        for (int j = 0; j < len; ++j) {
-            const unsigned r = rng() % 40;
-            p.push_back(r == 0 ? 'N' : r == 1 ? 'a' : r == 2 ? '\0' : "ACGT"[r % 4]);
-        }
-        p.m_is_empty = false;
-        if (rng() % 6 != 0)
-            genes.set_ind(i);
-    }
+    KmerWorld w(60, seed);
     const std::tuple<int, int, int> params[] = {{1, 0, -1},   {2, 5, 40},  {5, 0, -1}, {8, 0, -1},
                                                 {8, 10, 200}, {3, 30, 20}, {6, -4, 33}};
-    testing::internal::CaptureStderr();
     for (const auto& q : params) {
         const int k = std::get<0>(q), from = std::get<1>(q), to = std::get<2>(q);
         SCOPED_TRACE("k " + std::to_string(k) + " window " + std::to_string(from) + "," + std::to_string(to));
-        KMerCounter<DnaSequence> cnt(univ, genome);
-        KMerAggragator<DnaSequence> agg(univ, genome);
-        cnt.init(k, 0, 0, 0, genes, from, to);
-        agg.init(k, 0, 0, 0, genes, from, to);
+        KMerCounter<DnaSequence> cnt(w.univ, w.genome);
+        KMerAggragator<DnaSequence> agg(w.univ, w.genome);
+        quiet([&] {
+            cnt.init(k, 0, 0, 0, w.genes, from, to);
+            agg.init(k, 0, 0, 0, w.genes, from, to);
+        });
         std::vector<std::tuple<std::string, std::uint64_t, int>> walk, fast;
         for (auto it = cnt.get_begin(); it != cnt.get_end(); ++it)
             walk.emplace_back(it->first, it->second, agg.get_pat_fp(it->first).on_bits());
         ASSERT_TRUE(KMerFastCount::can_count(k, 0, 0, 0));
         KMerFastCount fc;
-        fc.count(genome, genes, k, from, to);
+        fc.count(w.genome, w.genes, k, from, to);
         fc.for_each([&](const std::string& t, std::uint64_t c, int g) { fast.emplace_back(t, c, g); });
         EXPECT_EQ(fast, walk);
         if (!walk.empty()) {
@@ -64,7 +38,6 @@ TEST(KMerFastCountTest, SameAsMapWalk) {
             EXPECT_EQ(fc.get_genes(std::get<0>(walk.back())), std::get<2>(walk.back()));
         }
     }
-    testing::internal::GetCapturedStderr();
     EXPECT_FALSE(KMerFastCount::can_count(8, 1, 0, 0));
     EXPECT_FALSE(KMerFastCount::can_count(8, 0, 0, 1));
 }
@@ -77,11 +50,11 @@ TEST(KMerFastCountRealTest, FlyEightMersEqualJellyfish) {
     if (!genes || !fasta || !jf)
         GTEST_SKIP() << "no fly promoters or Jellyfish counts: run bench/data/fetch_seqpack.sh";
     VarUniverse univ;
-    testing::internal::CaptureStderr();
-    univ.read_short_tabs(genes);
     DnaSeqGenomePromoters<DnaSequence> genome;
-    genome.read_fasta(2000, univ, fasta, false, false);
-    testing::internal::GetCapturedStderr();
+    quiet([&] {
+        univ.read_short_tabs(genes);
+        genome.read_fasta(2000, univ, fasta, false, false);
+    });
     ASSERT_EQ(genome.id_space_size(), 26454);
     ds_bitvec all(univ.size());
     all.set(true);

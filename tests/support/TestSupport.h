@@ -2,6 +2,8 @@
 #ifndef VESK_TESTS_SUPPORT_TESTSUPPORT_H
 #define VESK_TESTS_SUPPORT_TESTSUPPORT_H
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <string>
 
@@ -26,6 +28,13 @@ std::string read_file(const std::string& path);
 // Seed for a randomised test: VESK_TEST_SEED if set, else a fixed default. Tests pass it to
 // SCOPED_TRACE so that a failure prints it.
 std::uint32_t test_seed(std::uint32_t fallback = 12345);
+
+// Runs f with the error stream captured and returns what it printed.
+template <class F> std::string quiet(F f) {
+    testing::internal::CaptureStderr();
+    f();
+    return testing::internal::GetCapturedStderr();
+}
 
 // Repository root (where data/ lives).
 std::string source_dir();

@@ -56,9 +56,7 @@ Case make_case(std::mt19937& rng) {
         }
     }
     std::istringstream kin(keys.str()), ain(assoc.str());
-    testing::internal::CaptureStderr();
-    c.classes.read(kin, ain, c.n_vars, &mask);
-    testing::internal::GetCapturedStderr();
+    quiet([&] { c.classes.read(kin, ain, c.n_vars, &mask); });
     c.sets.resize(pick(8));
     for (auto& s : c.sets) {
         if (pick(5) == 0)
@@ -93,22 +91,21 @@ TEST(BootstrapDiff, FastEqualsReferenceOnRandomCases) {
     for (int rep = 0; rep < 300; ++rep) {
         Case c = make_case(rng);
         const int rseed = static_cast<int>(rng() % 100000);
-        BootstrapState ref_state, fast_state;
+        BootstrapState ref_state, fast_state, again;
+        for (BootstrapState* st : {&ref_state, &fast_state, &again})
+            bootstrap_init(*st, static_cast<int>(c.chip_ids.size()), c.n_vars);
         std::vector<float> ref_kept, fast_kept;
-
-        bootstrap_init(ref_state, static_cast<int>(c.chip_ids.size()), c.n_vars);
         Random::reset(rseed);
-        testing::internal::CaptureStderr();
-        bootstrap_reference(c.classes, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, ref_state, ref_kept);
-        const std::string ref_err = testing::internal::GetCapturedStderr();
-
+        const std::string ref_err = quiet([&] {
+            bootstrap_reference(c.classes, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, ref_state,
+                                ref_kept);
+        });
         const int threads = 1 + rep % 3;
-        bootstrap_init(fast_state, static_cast<int>(c.chip_ids.size()), c.n_vars);
         Random::reset(rseed);
-        testing::internal::CaptureStderr();
-        bootstrap_fast(c.classes, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, fast_state, fast_kept,
-                       threads);
-        const std::string fast_err = testing::internal::GetCapturedStderr();
+        const std::string fast_err = quiet([&] {
+            bootstrap_fast(c.classes, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, fast_state, fast_kept,
+                           threads);
+        });
 
         ASSERT_TRUE(same_bits(ref_kept, fast_kept))
             << "case " << rep << " n_vars " << c.n_vars << " passes " << c.passes << " threads " << threads;
@@ -118,8 +115,6 @@ TEST(BootstrapDiff, FastEqualsReferenceOnRandomCases) {
         // The fast path drew exactly the values of the passes' shuffles, no more.
         const std::uint32_t next_after_fast = Random::bits();
         Random::reset(rseed);
-        BootstrapState again;
-        bootstrap_init(again, static_cast<int>(c.chip_ids.size()), c.n_vars);
         for (int p = 0; p < c.passes; ++p)
             bootstrap_shuffle(again, c.chip_ids);
         ASSERT_EQ(next_after_fast, Random::bits()) << "case " << rep;
@@ -138,9 +133,7 @@ std::string run_tool(const std::string& opt, const std::string& report, bool ref
     settings.threads = threads;
     std::string arg0 = "vesk", arg1 = opt;
     char* argv[] = {&arg0[0], &arg1[0], nullptr};
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(vesk_main(2, argv, settings), 0);
-    err = testing::internal::GetCapturedStderr();
+    err = quiet([&] { EXPECT_EQ(vesk_main(2, argv, settings), 0); });
     return read_file(report);
 }
 
