@@ -18,7 +18,7 @@ namespace {
 typedef std::map<std::string, std::string> AttrMap;
 
 // What the attribute table says about the variables 0..n-1.
-struct VarSpec {
+struct VarLogicAttrs {
     std::vector<int> regulators; // rvids, in key order
     int logic_id;
     float prior;
@@ -78,14 +78,14 @@ std::vector<std::vector<int>> read_regulators(const Net& net, const std::vector<
 }
 
 // The logic id and the prior of variable r; fatal without "in_logic".
-void read_logic_and_prior(const AttrMap& attrs, int r, float default_noise, VarSpec& spec) {
+void read_logic_and_prior(const AttrMap& attrs, int r, float default_noise, VarLogicAttrs& out) {
     auto it = attrs.find("in_logic");
     if (it == attrs.end())
         VESK_FATAL(kSrc, "ERROR no back logic attrib for node " << r);
-    spec.logic_id = static_cast<int>(std::strtol(it->second.c_str(), nullptr, 10));
-    std::cerr << "in_logic of " << r << " is " << spec.logic_id << std::endl;
+    out.logic_id = static_cast<int>(std::strtol(it->second.c_str(), nullptr, 10));
+    std::cerr << "in_logic of " << r << " is " << out.logic_id << std::endl;
     it = attrs.find("uniform_prior");
-    spec.prior = it == attrs.end() ? default_noise : std::strtof(it->second.c_str(), nullptr);
+    out.prior = it == attrs.end() ? default_noise : std::strtof(it->second.c_str(), nullptr);
 }
 
 // card^(parents + 1), saturating past the thresholds' range.
@@ -106,25 +106,25 @@ void build_bnet_from_logic_with_disp_ldtabs(BNet<int>& net, BNStateDispatch<int>
     state.reset();
     const std::vector<AttrMap> amap = read_attrs(net, attrs, 3);
     const std::vector<std::vector<int>> regs = read_regulators(net, amap, n);
-    std::vector<VarSpec> spec(n);
+    std::vector<VarLogicAttrs> var_logic(n);
     for (int r = 0; r < n; ++r) {
         for (int p : regs[r])
             net.insert_edge(p, r, -1);
-        read_logic_and_prior(amap[r], r, default_noise, spec[r]);
+        read_logic_and_prior(amap[r], r, default_noise, var_logic[r]);
     }
     BNState<int> scratch(net);
     scratch.reset_all(0);
     for (int r = 0; r < n; ++r) {
-        LocalLogicHNode* root = logic.get_node(spec[r].logic_id);
+        LocalLogicHNode* root = logic.get_node(var_logic[r].logic_id);
         LocalDist<int>* ld = nullptr;
         if (table_span(net.get_rvar_card(r), static_cast<int>(regs[r].size())) <= 10000) {
             LDSoftLogic* soft = new LDSoftLogic(net, state, r);
             soft->set_root(root);
-            soft->set_uniform_prior(spec[r].prior);
+            soft->set_uniform_prior(var_logic[r].prior);
             ld = soft;
         } else {
             LDTableDispatch* tab = new LDTableDispatch(net, state, r);
-            tab->cache_from_hnode(*root, spec[r].prior, scratch);
+            tab->cache_from_hnode(*root, var_logic[r].prior, scratch);
             ld = tab;
         }
         net.set_ldist(r, ld);
@@ -144,29 +144,29 @@ void build_fbn_from_logic_with_disp_ldtabs(BNet<int>& net, BNStateDispatch<int>&
     while (net.get_nodes_num() < 3 * n)
         net.add_rand_var(net.get_nodes_num(), 2);
     state.reset();
-    std::vector<VarSpec> spec(n);
+    std::vector<VarLogicAttrs> var_logic(n);
     for (int i = 0; i < n; ++i) {
         std::cerr << "add edges from " << i << std::endl;
         net.insert_edge(i, n + i, -1);
         net.insert_edge(i, 2 * n + i, -1);
         for (int p : regs[i])
             net.insert_edge(p, n + i, -1);
-        read_logic_and_prior(amap[i], i, default_noise, spec[i]);
+        read_logic_and_prior(amap[i], i, default_noise, var_logic[i]);
     }
     BNState<int> scratch(net);
     scratch.reset_all(0);
     for (int i = 0; i < n; ++i) {
-        LocalLogicHNode* root = logic.get_node(spec[i].logic_id);
+        LocalLogicHNode* root = logic.get_node(var_logic[i].logic_id);
         LocalDist<int>* ld = nullptr;
         if (table_span(net.get_rvar_card(i), static_cast<int>(regs[i].size())) < 10000) {
             LDTableDispatch* tab = new LDTableDispatch(net, state, n + i);
-            tab->cache_consist_from_hnode(*root, i, spec[i].prior, scratch);
+            tab->cache_consist_from_hnode(*root, i, var_logic[i].prior, scratch);
             ld = tab;
         } else {
             LDConsistSoftLogic* soft = new LDConsistSoftLogic(net, state, n + i);
             soft->set_logic(root);
             soft->set_logic_out_var(i);
-            soft->set_consist_prior(spec[i].prior);
+            soft->set_consist_prior(var_logic[i].prior);
             ld = soft;
         }
         net.set_ldist(n + i, ld);
