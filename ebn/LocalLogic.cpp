@@ -85,9 +85,36 @@ void LocalLogicHNodeSum::print(std::string indent, std::ostream& os) const {
     print_inputs(indent, os);
 }
 
-// ---- Max
+// ---- Max and Min
 
-LocalLogicHNodeMax::LocalLogicHNodeMax() : m_add(0.0f), m_max(kFloatMax) {}
+LocalLogicHNodeAddCap::LocalLogicHNodeAddCap(const char* attr_trace, const char* kind, const char* label)
+    : m_attr_trace(attr_trace), m_kind(kind), m_label(label), m_add(0.0f), m_max(kFloatMax) {}
+
+int LocalLogicHNodeAddCap::add_and_cap(int extreme) const {
+    float v = static_cast<float>(extreme) + m_add;
+    if (v > m_max)
+        v = m_max;
+    return trunc_int(v);
+}
+
+void LocalLogicHNodeAddCap::set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1,
+                                     const std::string& val2, const std::string& /*val3*/) {
+    if (set_input_attr(set, m_attr_trace, name, val1, val2))
+        return;
+    if (name == "add")
+        m_add = to_float(val1);
+    else if (name == "max")
+        m_max = to_float(val1);
+    else
+        std::cerr << "Unrecognized attribute for " << m_kind << " node, name = " << name << std::endl;
+}
+
+void LocalLogicHNodeAddCap::print(std::string indent, std::ostream& os) const {
+    os << indent << m_label << "\n";
+    print_inputs(indent, os);
+}
+
+LocalLogicHNodeMax::LocalLogicHNodeMax() : LocalLogicHNodeAddCap("will set attr of max: ", "Max", "MAX") {}
 
 int LocalLogicHNodeMax::eval(const BNState<int>& state) const {
     int best = 0;
@@ -96,32 +123,10 @@ int LocalLogicHNodeMax::eval(const BNState<int>& state) const {
         if (v > best)
             best = v;
     }
-    float v = static_cast<float>(best) + m_add;
-    if (v > m_max)
-        v = m_max;
-    return trunc_int(v);
+    return add_and_cap(best);
 }
 
-void LocalLogicHNodeMax::set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1,
-                                  const std::string& val2, const std::string& /*val3*/) {
-    if (set_input_attr(set, "will set attr of max: ", name, val1, val2))
-        return;
-    if (name == "add")
-        m_add = to_float(val1);
-    else if (name == "max")
-        m_max = to_float(val1);
-    else
-        std::cerr << "Unrecognized attribute for Max node, name = " << name << std::endl;
-}
-
-void LocalLogicHNodeMax::print(std::string indent, std::ostream& os) const {
-    os << indent << "MAX\n";
-    print_inputs(indent, os);
-}
-
-// ---- Min
-
-LocalLogicHNodeMin::LocalLogicHNodeMin() : m_add(0.0f), m_max(kFloatMax) {}
+LocalLogicHNodeMin::LocalLogicHNodeMin() : LocalLogicHNodeAddCap("will set attr of min: ", "Min", "MIN") {}
 
 int LocalLogicHNodeMin::eval(const BNState<int>& state) const {
     int least = INT_MAX;
@@ -130,27 +135,7 @@ int LocalLogicHNodeMin::eval(const BNState<int>& state) const {
         if (v < least)
             least = v;
     }
-    float v = static_cast<float>(least) + m_add;
-    if (v > m_max)
-        v = m_max;
-    return trunc_int(v);
-}
-
-void LocalLogicHNodeMin::set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1,
-                                  const std::string& val2, const std::string& /*val3*/) {
-    if (set_input_attr(set, "will set attr of min: ", name, val1, val2))
-        return;
-    if (name == "add")
-        m_add = to_float(val1);
-    else if (name == "max")
-        m_max = to_float(val1);
-    else
-        std::cerr << "Unrecognized attribute for Min node, name = " << name << std::endl;
-}
-
-void LocalLogicHNodeMin::print(std::string indent, std::ostream& os) const {
-    os << indent << "MIN\n";
-    print_inputs(indent, os);
+    return add_and_cap(least);
 }
 
 // ---- Equal

@@ -58,35 +58,41 @@ private:
     float m_max;
 };
 
-// The largest input value, starting from 0, plus m_add, capped at m_max, truncated.
-class LocalLogicHNodeMax : public LocalLogicHNode {
+// Max and Min: an extreme input value plus m_add, capped at m_max, truncated; attributes "add", "max"
+// and the inputs.
+class LocalLogicHNodeAddCap : public LocalLogicHNode {
 public:
-    LocalLogicHNodeMax();
-    int eval(const BNState<int>& state) const override;
-    // "add", "max" and the inputs.
     void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1,
                   const std::string& val2, const std::string& val3) override;
     void print(std::string indent, std::ostream& os) const override;
 
+protected:
+    // `attr_trace` opens the input-attribute trace, `kind` names the node in the unknown-name text,
+    // `label` is its printed name.
+    LocalLogicHNodeAddCap(const char* attr_trace, const char* kind, const char* label);
+    int add_and_cap(int extreme) const;
+
 private:
+    const char* m_attr_trace;
+    const char* m_kind;
+    const char* m_label;
     float m_add;
     float m_max;
 };
 
+// The largest input value, starting from 0, plus m_add, capped at m_max, truncated.
+class LocalLogicHNodeMax : public LocalLogicHNodeAddCap {
+public:
+    LocalLogicHNodeMax();
+    int eval(const BNState<int>& state) const override;
+};
+
 // The smallest input value, starting from 2147483647, plus m_add, capped at m_max, truncated.
 // A result past the int range (no inputs) saturates at 2147483647.
-class LocalLogicHNodeMin : public LocalLogicHNode {
+class LocalLogicHNodeMin : public LocalLogicHNodeAddCap {
 public:
     LocalLogicHNodeMin();
     int eval(const BNState<int>& state) const override;
-    // "add", "max" and the inputs.
-    void set_attr(LocalLogicSet& set, const std::string& name, const std::string& val1,
-                  const std::string& val2, const std::string& val3) override;
-    void print(std::string indent, std::ostream& os) const override;
-
-private:
-    float m_add;
-    float m_max;
 };
 
 // 1 if all inputs evaluate alike, else 0; needs a first input. Made only by code.

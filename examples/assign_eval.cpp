@@ -3,6 +3,7 @@
 // iterator, and writes each evaluator's score from the row-set lattice and from a count table.
 //
 //   assign_eval <option file>      (see examples/README.md for the scopes and keys)
+#include "ExampleIO.h"
 #include "alg/DsetAssignEvalFact.h"
 #include "ds/DsetAssign.h"
 #include "ds/DsetAssignIter.h"
@@ -110,19 +111,9 @@ std::vector<std::vector<int>> count_table(const Table& t, int base, const std::v
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: assign_eval <option file>" << std::endl;
-        return 2;
-    }
     options opts;
-    {
-        std::ifstream in(argv[1]);
-        if (!in) {
-            std::cerr << "Cannot open " << argv[1] << std::endl;
-            return 1;
-        }
-        opts.read(in, false);
-    }
+    if (const int rc = read_option_file(argc, argv, "assign_eval", opts))
+        return rc;
     Table table;
     if (!read_table(opts.get_str("Tables", "Data", true), table))
         return 1;

@@ -7,6 +7,7 @@
 #include "ArrayVarEC.h"
 #include "BicExpScoreAssess.h"
 #include "BicGreedyOpt.h"
+#include "ExampleExpr.h"
 #include "ExpVarGraphACO.h"
 #include "HashBiclust.h"
 #include "Random.h"
@@ -20,41 +21,17 @@
 #include <iostream>
 #include <string>
 
-namespace {
-bool open_in(std::ifstream& in, const std::string& name) {
-    in.open(name);
-    if (!in)
-        std::cerr << "Cannot open " << name << std::endl;
-    return static_cast<bool>(in);
-}
-} // namespace
-
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: bicluster_search <option file>" << std::endl;
-        return 2;
-    }
     options opts;
-    {
-        std::ifstream in;
-        if (!open_in(in, argv[1]))
-            return 1;
-        opts.read(in, false);
-    }
+    if (const int rc = read_option_file(argc, argv, "bicluster_search", opts))
+        return rc;
     Random::reset(opts.get_int("Random", "Seed", true));
 
     ValSpaceProb space(opts, "ValSpace", false);
     VarUniverse universe(&space);
     StateDataSetReal data(universe);
-    {
-        std::ifstream genes, key, cells;
-        if (!open_in(genes, opts.get_str("Tables", "GeneTab", true)) ||
-            !open_in(key, opts.get_str("Tables", "ExpKey", true)) ||
-            !open_in(cells, opts.get_str("Tables", "ExpData", true)))
-            return 1;
-        universe.read_short_tabs(genes);
-        data.read(key, cells, 0.0f);
-    }
+    if (!read_expression(opts, universe, data))
+        return 1;
     std::cout << universe.size() << " genes, " << data.m_E << " conditions" << std::endl;
 
     ExpVarGraphACO graph(universe, data, opts, "Graph", true);

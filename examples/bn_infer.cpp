@@ -5,6 +5,7 @@
 #include "BNInference.h"
 #include "BNState.h"
 #include "BNet.h"
+#include "ExampleIO.h"
 #include "JointDist.h"
 #include "LDTable.h"
 #include "LocalDist.h"
@@ -23,13 +24,6 @@
 #include <vector>
 
 namespace {
-
-bool open_in(std::ifstream& in, const std::string& name) {
-    in.open(name);
-    if (!in)
-        std::cerr << "Cannot open " << name << std::endl;
-    return static_cast<bool>(in);
-}
 
 // The rvid of a vid that names a node, else -1.
 int rvid_of(const Net& net, int vid) {
@@ -86,17 +80,9 @@ bool read_cpts(std::istream& in, BNet<int>& net, std::vector<LDTable*>& tables) 
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: bn_infer <option file>" << std::endl;
-        return 2;
-    }
     options opts;
-    {
-        std::ifstream in;
-        if (!open_in(in, argv[1]))
-            return 1;
-        opts.read(in, false);
-    }
+    if (const int rc = read_option_file(argc, argv, "bn_infer", opts))
+        return rc;
     Random::reset(opts.get_int("Random", "Seed", true));
 
     BNet<int> net;

@@ -7,6 +7,7 @@
 #include "BNLogicBuild.h"
 #include "BNState.h"
 #include "BNet.h"
+#include "ExampleIO.h"
 #include "JointDist.h"
 #include "LDSoftLogic.h"
 #include "LDTable.h"
@@ -24,13 +25,6 @@
 #include <vector>
 
 namespace {
-
-bool open_in(std::ifstream& in, const std::string& name) {
-    in.open(name);
-    if (!in)
-        std::cerr << "Cannot open " << name << std::endl;
-    return static_cast<bool>(in);
-}
 
 std::string fmt(float v) {
     if (std::isnan(v))
@@ -79,17 +73,9 @@ void write_local(std::ostream& out, BNet<int>& net, BNStateDispatch<int>& state,
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: bn_logic <option file>" << std::endl;
-        return 2;
-    }
     options opts;
-    {
-        std::ifstream in;
-        if (!open_in(in, argv[1]))
-            return 1;
-        opts.read(in, false);
-    }
+    if (const int rc = read_option_file(argc, argv, "bn_logic", opts))
+        return rc;
     const std::string form = opts.get_str("Logic", "Form", true);
     if (form != "plain" && form != "consist") {
         std::cerr << "Logic::Form must be plain or consist, not " << form << std::endl;

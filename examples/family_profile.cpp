@@ -3,6 +3,7 @@
 // by integer dynamic programming and by a pair HMM trained by EM.
 //
 //   family_profile <option file>      (see examples/README.md for the scopes, keys and tables)
+#include "ExampleIO.h"
 #include "HMMDecode.h"
 #include "HMMProfiler.h"
 #include "ProfileAlign.h"
@@ -221,19 +222,9 @@ int run_pairs(options& opts, const SymbSubstMat& mat, int gap) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: family_profile <option file>" << std::endl;
-        return 2;
-    }
     options opts;
-    {
-        std::ifstream in(argv[1]);
-        if (!in) {
-            std::cerr << "Cannot open " << argv[1] << std::endl;
-            return 1;
-        }
-        opts.read(in, false);
-    }
+    if (const int rc = read_option_file(argc, argv, "family_profile", opts))
+        return rc;
     Random::reset(opts.get_int("Random", "Seed", false));
     const SymbSubstMat mat(opts, "Subst");
     const int gap = opts.get_int("Profile", "Gap", true);

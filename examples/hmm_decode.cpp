@@ -2,6 +2,7 @@
 // the Viterbi path and score and the forward and backward totals of each sequence.
 //
 //   hmm_decode <option file>      (see examples/README.md for the scopes, keys and tables)
+#include "ExampleIO.h"
 #include "HMM.h"
 #include "HMMDecode.h"
 #include "HMMEMBase.h"
@@ -18,13 +19,6 @@
 #include <vector>
 
 namespace {
-
-bool open_in(std::ifstream& in, const std::string& name) {
-    in.open(name);
-    if (!in)
-        std::cerr << "Cannot open " << name << std::endl;
-    return static_cast<bool>(in);
-}
 
 // Digits '0'..'9' as codes 0..9, every digit of a line kept (a 0 does not end the line). Other
 // characters get code 10 with a message.
@@ -79,17 +73,9 @@ std::string fmt(float v) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: hmm_decode <option file>" << std::endl;
-        return 2;
-    }
     options opts;
-    {
-        std::ifstream in;
-        if (!open_in(in, argv[1]))
-            return 1;
-        opts.read(in, false);
-    }
+    if (const int rc = read_option_file(argc, argv, "hmm_decode", opts))
+        return rc;
 
     const std::string alphabet = opts.get_str("Model", "Alphabet", true);
     if (alphabet != "protein" && alphabet != "dna" && alphabet != "digits") {

@@ -4,6 +4,7 @@
 //
 //   kmer_stats <option file>      (see examples/README.md for the scopes and keys)
 #include "DnaSeqGenomePromoters.h"
+#include "ExampleSeq.h"
 #include "KMerAggragator.h"
 #include "KMerDistrib.h"
 #include "KMerFastCount.h"
@@ -15,12 +16,6 @@
 #include <string>
 
 namespace {
-bool open_in(std::ifstream& in, const std::string& name) {
-    in.open(name);
-    if (!in)
-        std::cerr << "Cannot open " << name << std::endl;
-    return static_cast<bool>(in);
-}
 
 // One output line; texts holding padding (NUL) are left out.
 void write_line(std::ostream& out, const std::string& text, std::uint64_t count, int genes,
@@ -37,29 +32,13 @@ void write_line(std::ostream& out, const std::string& text, std::uint64_t count,
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: kmer_stats <option file>" << std::endl;
-        return 2;
-    }
     options opts;
-    {
-        std::ifstream in;
-        if (!open_in(in, argv[1]))
-            return 1;
-        opts.read(in, false);
-    }
+    if (const int rc = read_option_file(argc, argv, "kmer_stats", opts))
+        return rc;
     VarUniverse universe;
     DnaSeqGenomePromoters<DnaSequence> genome;
-    {
-        std::ifstream genes, fasta;
-        if (!open_in(genes, opts.get_str("Tables", "GeneTab", true)) ||
-            !open_in(fasta, opts.get_str("Tables", "Promoters", true)))
-            return 1;
-        universe.read_short_tabs(genes);
-        const int length = opts.get_int("Tables", "PromoterLength", true);
-        const bool use_orf2 = opts.get_int("Tables", "UseOrf2ForFasta", true) != 0;
-        genome.read_fasta(length, universe, fasta, use_orf2, false);
-    }
+    if (!read_genes_and_promoters(opts, universe, genome))
+        return 1;
     const int k = opts.get_int("KMer", "K", true);
     const int max_deg = opts.get_int("KMer", "MaxDeg", false);
     const int min_gap = opts.get_int("KMer", "MinGap", false);

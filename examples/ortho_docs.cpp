@@ -6,6 +6,7 @@
 //
 //   ortho_docs <option file>      (see examples/README.md for the scopes, keys and columns)
 #include "DorthoUniverse.h"
+#include "ExampleIO.h"
 #include "MapDorthoClusts.h"
 #include "Random.h"
 #include "SpeciesConservTree.h"
@@ -19,13 +20,6 @@
 #include <vector>
 
 namespace {
-
-bool open_in(std::ifstream& in, const std::string& name) {
-    in.open(name);
-    if (!in)
-        std::cerr << "Cannot open " << name << std::endl;
-    return static_cast<bool>(in);
-}
 
 bool open_out(std::ofstream& out, const std::string& name) {
     out.open(name);
@@ -85,17 +79,9 @@ void write_conserv(const SpeciesPhylogeny& t, const SpeciesConservTree& c, std::
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: ortho_docs <option file>" << std::endl;
-        return 2;
-    }
     options opts;
-    {
-        std::ifstream in;
-        if (!open_in(in, argv[1]))
-            return 1;
-        opts.read(in, false);
-    }
+    if (const int rc = read_option_file(argc, argv, "ortho_docs", opts))
+        return rc;
 
     SpeciesPhylogeny tree(opts);
     {

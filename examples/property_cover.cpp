@@ -7,6 +7,7 @@
 #include "ArrayVarEC.h"
 #include "BicSetCoverGreedy.h"
 #include "DnaSeqGenomePromoters.h"
+#include "ExampleExpr.h"
 #include "PropVarBiclust.h"
 #include "PropVarLayers.h"
 #include "PropWgtScheme.h"
@@ -24,12 +25,6 @@
 #include <string>
 
 namespace {
-bool open_in(std::ifstream& in, const std::string& name) {
-    in.open(name);
-    if (!in)
-        std::cerr << "Cannot open " << name << std::endl;
-    return static_cast<bool>(in);
-}
 
 // Name of a property node: the condition name, the PSSM consensus or the class name.
 std::string prop_name(const PropVarGraphLayers& g, int node, const StateDataSetReal& data,
@@ -47,30 +42,15 @@ std::string prop_name(const PropVarGraphLayers& g, int node, const StateDataSetR
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: property_cover <option file>" << std::endl;
-        return 2;
-    }
     options opts;
-    {
-        std::ifstream in;
-        if (!open_in(in, argv[1]))
-            return 1;
-        opts.read(in, false);
-    }
+    if (const int rc = read_option_file(argc, argv, "property_cover", opts))
+        return rc;
 
     ValSpaceProb space(opts, "ValSpace", false);
     VarUniverse universe(&space);
     StateDataSetReal data(universe);
-    {
-        std::ifstream genes, key, cells;
-        if (!open_in(genes, opts.get_str("Tables", "GeneTab", true)) ||
-            !open_in(key, opts.get_str("Tables", "ExpKey", true)) ||
-            !open_in(cells, opts.get_str("Tables", "ExpData", true)))
-            return 1;
-        universe.read_short_tabs(genes);
-        data.read(key, cells, 0.0f);
-    }
+    if (!read_expression(opts, universe, data))
+        return 1;
     std::cout << universe.size() << " genes, " << data.m_E << " conditions" << std::endl;
 
     PropVarGraphLayers graph(universe, opts, "Layers");

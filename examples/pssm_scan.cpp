@@ -4,6 +4,7 @@
 //
 //   pssm_scan <option file>      (see examples/README.md for the scopes and keys)
 #include "DnaSeqGenomePromoters.h"
+#include "ExampleSeq.h"
 #include "PssmSet.h"
 #include "VarUniverse.h"
 #include "options.h"
@@ -13,39 +14,14 @@
 #include <iostream>
 #include <string>
 
-namespace {
-bool open_in(std::ifstream& in, const std::string& name) {
-    in.open(name);
-    if (!in)
-        std::cerr << "Cannot open " << name << std::endl;
-    return static_cast<bool>(in);
-}
-} // namespace
-
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: pssm_scan <option file>" << std::endl;
-        return 2;
-    }
     options opts;
-    {
-        std::ifstream in;
-        if (!open_in(in, argv[1]))
-            return 1;
-        opts.read(in, false);
-    }
+    if (const int rc = read_option_file(argc, argv, "pssm_scan", opts))
+        return rc;
     VarUniverse universe;
     DnaSeqGenomePromoters<DnaSequence> genome;
-    {
-        std::ifstream genes, fasta;
-        if (!open_in(genes, opts.get_str("Tables", "GeneTab", true)) ||
-            !open_in(fasta, opts.get_str("Tables", "Promoters", true)))
-            return 1;
-        universe.read_short_tabs(genes);
-        const int length = opts.get_int("Tables", "PromoterLength", true);
-        const bool use_orf2 = opts.get_int("Tables", "UseOrf2ForFasta", true) != 0;
-        genome.read_fasta(length, universe, fasta, use_orf2, false);
-    }
+    if (!read_genes_and_promoters(opts, universe, genome))
+        return 1;
     const int have_scores = opts.get_int("Scan", "HaveScores", false);
     const float prior = opts.has_option("Scan", "Prior") ? opts.get_float("Scan", "Prior", true) : 0.025f;
     const bool logodds = opts.get_int("Scan", "LogOdds", false) != 0;
