@@ -24,17 +24,24 @@ void BicSet::grow_to(int count) {
     }
 }
 
-bool BicSet::read(const std::string& bick, const std::string& bicd) {
-    std::ifstream k(bick);
+bool open_bic_files(const std::string& bick, const std::string& bicd, std::ifstream& k, std::ifstream& d) {
+    k.open(bick);
     if (!k) {
         std::cerr << "Cannot open bick file " << bick << std::endl;
         return false;
     }
-    std::ifstream d(bicd);
+    d.open(bicd);
     if (!d) {
         std::cerr << "Cannot open bicd file " << bicd << std::endl;
         return false;
     }
+    return true;
+}
+
+bool BicSet::read(const std::string& bick, const std::string& bicd) {
+    std::ifstream k, d;
+    if (!open_bic_files(bick, bicd, k, d))
+        return false;
     read(k, d);
     return true;
 }

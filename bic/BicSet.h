@@ -5,9 +5,13 @@
 #include "DynBiclust.h"
 #include "ds/BitVec.h"
 
+#include <fstream>
 #include <istream>
 #include <string>
 #include <vector>
+
+// Opens a bick and a bicd file for reading; says which one can't be opened.
+bool open_bic_files(const std::string& bick, const std::string& bicd, std::ifstream& k, std::ifstream& d);
 
 // bick: id and score a line; bicd: id, 0 (condition) or 1 (variable), condition or variable id,
 // group, margin a line. Any white space separates; reading stops at the first token that doesn't

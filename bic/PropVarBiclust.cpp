@@ -1,6 +1,7 @@
 // PropVarBiclust and PBicSet: relation scores, margins, the tables and their reader.
 #include "PropVarBiclust.h"
 
+#include "BicSet.h"
 #include "ds/BitVecIter.h"
 #include "error.h"
 #include "options.h"
@@ -111,16 +112,9 @@ PBicSet::PBicSet(const PropVarGraphLayers& graph, PropWgtSchemeBase& wgt, const 
     : m_graph(graph), m_wgt(wgt), m_br_graph(br_graph), m_br_wgt(br_wgt) {}
 
 bool PBicSet::read(const std::string& bick, const std::string& bicd) {
-    std::ifstream k(bick);
-    if (!k) {
-        std::cerr << "Cannot open bick file " << bick << std::endl;
+    std::ifstream k, d;
+    if (!open_bic_files(bick, bicd, k, d))
         return false;
-    }
-    std::ifstream d(bicd);
-    if (!d) {
-        std::cerr << "Cannot open bicd file " << bicd << std::endl;
-        return false;
-    }
     read(k, d);
     return true;
 }

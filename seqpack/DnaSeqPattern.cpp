@@ -9,8 +9,6 @@
 
 static constexpr char kSrc[] = "DnaSeqPattern";
 
-namespace {
-// Accepted-set bit of a text letter, 16 for the gap, 0 for letters that never fit.
 int letter_bit(char c) {
     switch (c) {
     case 'A':
@@ -28,6 +26,7 @@ int letter_bit(char c) {
     }
 }
 
+namespace {
 std::string expand_digits(const std::string& s) {
     std::string out;
     for (char c : s) {

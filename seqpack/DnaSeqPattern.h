@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+// Accepted-set bit of a text letter: A 1, G 2, C 4, T 8, the gap 16, 0 for letters that never fit.
+int letter_bit(char c);
+
 // One DnaSeqDegChar a position. A text letter fits a position if it is A, C, G or T and the position
 // holds that base, or if it is '-' and the position accepts the gap (bit 4); any other letter (the
 // NUL padding among them) never fits. The window: starts from m_from_range up to m_to_range - length

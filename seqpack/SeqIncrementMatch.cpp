@@ -8,20 +8,7 @@ static constexpr char kSrc[] = "SeqIncrementMatch";
 int LetterIncrBranch::bit(const seq_type& s, int p) {
     if (p < 0 || p >= static_cast<int>(s.size()))
         return 0;
-    switch (s[static_cast<std::size_t>(p)]) {
-    case 'A':
-        return 1;
-    case 'G':
-        return 2;
-    case 'C':
-        return 4;
-    case 'T':
-        return 8;
-    case '-':
-        return 16;
-    default:
-        return 0;
-    }
+    return letter_bit(s[static_cast<std::size_t>(p)]);
 }
 
 template <class B> bool SeqIncrMatchT<B>::match() {
