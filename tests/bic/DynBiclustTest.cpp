@@ -59,11 +59,8 @@ TEST(ExpVarBiclust, ScoreMarginsAndTablesByHand) {
     EXPECT_FALSE(c == b);
 
     // init with a single-node set and the expected weight: (0,4) 1.5 + (1,4) -0.5.
-    ds_bitvec exps(3);
-    exps.set_ind(0);
-    exps.set_ind(1);
     WeightedVarSet one(4, 1.0f);
-    ExpVarBiclust i(*h.g, *h.w, one, exps);
+    ExpVarBiclust i(*h.g, *h.w, one, id_set({0, 1}, 3));
     EXPECT_EQ(i.m_score, 1.0f);
     EXPECT_EQ(one.get_set(), std::set<int>({4}));
 }
@@ -142,11 +139,8 @@ TEST(DynBiclustDeath, FatalTexts) {
                  R"(DynBiclust\([0-9]+\): Trying to multiply add the node 3 to the nbicluster)");
     EXPECT_DEATH(b.del_var_node(5),
                  R"(DynBiclust\([0-9]+\): Trying delete non existent node 5 from the bic)");
-    ds_bitvec exps(3);
-    exps.set_ind(0);
-    exps.set_ind(1);
     WeightedVarSet off(4, 1.02f); // true score 1: off by 2%
-    EXPECT_DEATH(ExpVarBiclust(*h.g, *h.w, off, exps),
+    EXPECT_DEATH(ExpVarBiclust(*h.g, *h.w, off, id_set({0, 1}, 3)),
                  R"(DynBiclust\([0-9]+\): Weight calc mismatch at bic init 1.02 != 1)");
 }
 

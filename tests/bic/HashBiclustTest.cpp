@@ -44,10 +44,7 @@ OneBin hash_fix(const std::vector<int>& exp_groups, int vars, const Edges& edges
 }
 
 ds_bitvec key_of(const OneBin& f, const std::vector<int>& nodes) {
-    ds_bitvec k(f.g->m_max_exp_node);
-    for (int n : nodes)
-        k.set_ind(n);
-    return k;
+    return id_set(nodes, f.g->m_max_exp_node);
 }
 
 // Conditions 0, 1, 2 (nodes 0-2); variables nodes 3-6: node 3 on all three (0.5, 1, 2), node 4 on
@@ -114,9 +111,7 @@ TEST(NeigHash, FiltersOfVariablesClassesAndRandomSubsets) {
     OneBin f = three_conds();
     Quiet q;
     NeigHash h(*f.g, *f.w, hash_options(), "Plain");
-    ds_bitvec vars(64);
-    vars.set_ind(1); // variable 1 is node 4
-    h.set_var_filter(vars);
+    h.set_var_filter(id_set({1}, 64)); // variable 1 is node 4
     h.hash(0);
     EXPECT_EQ(h.m_table.size(), 3u);
 
@@ -205,9 +200,7 @@ TEST(NeigHash, PassesFillStopAndPenaliseAsAPlainModel) {
         ASSERT_EQ(h.m_table.size(), m.table.size());
         int spoiled = 0;
         for (const auto& e : m.table) {
-            ds_bitvec k(conds);
-            for (int c : e.first)
-                k.set_ind(c);
+            const ds_bitvec k = id_set(e.first, conds);
             auto it = h.m_table.find(k);
             ASSERT_TRUE(it != h.m_table.end()) << "pass " << pass << " key " << k;
             ASSERT_EQ(it->second.get_set(), e.second.second);
