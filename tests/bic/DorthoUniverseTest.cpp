@@ -52,10 +52,9 @@ TEST(DorthoUniverse, HandTableLcasDependenciesAndIndependence) {
     f.u.calc_ancest_vid_doc_map();
     const auto& m = f.u.m_ancest_map;
     // At the root d0, d5 and d9 write in turn: the later doc wins on A0 and C1.
-    EXPECT_EQ(m[6][0], (std::vector<int>{9, -1, -1, -1, -1, -1}));
-    EXPECT_EQ(m[6][1], (std::vector<int>{0, 5, -1, -1, -1, -1}));
-    EXPECT_EQ(m[6][2], (std::vector<int>{0, 9, -1, -1, -1, -1}));
-    EXPECT_EQ(m[6][3], (std::vector<int>{0, -1, -1, -1, -1, -1}));
+    const std::vector<std::vector<int>> root = {
+        {9, -1, -1, -1, -1, -1}, {0, 5, -1, -1, -1, -1}, {0, 9, -1, -1, -1, -1}, {0, -1, -1, -1, -1, -1}};
+    EXPECT_EQ(std::vector<std::vector<int>>(m[6].begin(), m[6].begin() + 4), root);
     EXPECT_EQ(m[4][1], (std::vector<int>{-1, 5, -1, -1, -1, -1}));
     EXPECT_EQ(m[0][0], (std::vector<int>(6, -1)));
 }
