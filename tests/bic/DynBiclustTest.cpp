@@ -48,6 +48,9 @@ TEST(ExpVarBiclust, ScoreMarginsAndTablesByHand) {
     b.add_var_node(6);
     b.del_exp_node(1);
     EXPECT_EQ(b.m_score, 0.25f); // only the own weight of node 5 is left
+    b.del_var_node(5);           // its own weight leaves with it
+    EXPECT_EQ(b.m_score, 0.0f);
+    b.add_var_node(5);
     ds_bitvec ids;
     b.get_vars_set(ids);
     EXPECT_TRUE(ids.get_ind(0) && ids.get_ind(2) && ids.get_ind(3) && !ids.get_ind(1));
