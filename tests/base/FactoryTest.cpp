@@ -60,19 +60,18 @@ TEST(Factory, ParentOffsetsShadowingAndMake) {
     const ShapeFactory& f = ext_factory;
     EXPECT_EQ(f.m_count, 3);
     EXPECT_EQ(f.m_total, 5);
-    EXPECT_EQ(f.product("oval", true), 0);
-    EXPECT_EQ(f.product("square", true), 1); // own entry shadows the parent's
-    EXPECT_EQ(f.product("circle", true), 3); // parent's index 0, shifted by 3
-    EXPECT_STREQ(f.name(2), "old");
-    EXPECT_STREQ(f.name(3), "circle");
-    EXPECT_STREQ(f.name(4), "square");
+    // Own "square" shadows the parent's; the parent's "circle" (its index 0) is shifted by 3.
+    EXPECT_EQ(
+        (std::vector<int>{f.product("oval", true), f.product("square", true), f.product("circle", true)}),
+        (std::vector<int>{0, 1, 3}));
+    EXPECT_EQ((std::vector<std::string>{f.name(2), f.name(3), f.name(4)}),
+              (std::vector<std::string>{"old", "circle", "square"}));
     // A miss in the parent with required false: -1 plus the own count, not a valid index.
     EXPECT_EQ(f.product("hexagon", false), 2);
     EXPECT_EQ(base_factory.product("hexagon", false), -1);
     // Index 4 names "square", but product gives 1 for it: the parent's row is the old one.
-    EXPECT_TRUE(f.obsolete(4));
-    EXPECT_FALSE(f.obsolete(1));
-    EXPECT_FALSE(f.obsolete(3));
+    EXPECT_EQ((std::vector<bool>{f.obsolete(1), f.obsolete(3), f.obsolete(4)}),
+              (std::vector<bool>{false, false, true}));
     // make walks to the table that owns the name.
     std::unique_ptr<Shape> a(f.make("circle", 5)), b(f.make("square", 6)), c(base_factory.make("square", 7));
     EXPECT_EQ(a->kind(), "circle");

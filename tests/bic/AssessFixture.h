@@ -31,12 +31,7 @@ struct AssessHand : HandFix {
     std::unique_ptr<PairTable> pairs;
 };
 
-inline ds_bitvec gene_set(const std::vector<int>& genes, int width = 5) {
-    ds_bitvec s(width);
-    for (int g : genes)
-        s.set_ind(g);
-    return s;
-}
+inline ds_bitvec gene_set(const std::vector<int>& genes, int width = 5) { return id_set(genes, width); }
 
 // An assessment scope: samples per condition and global, the largest set, the gene groups, the tables.
 inline std::string assess_text(const std::string& scope, int samp, int glob, int max_vars,

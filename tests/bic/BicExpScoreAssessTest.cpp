@@ -1,5 +1,5 @@
-// BicExpScoreAssess: typical groups by hand, the two tables against a from-scratch replay of the same
-// draws, the written files, the edge cases of the sampler and the required keys.
+// BicExpScoreAssess: typical groups, contributions and scaling by hand, the two tables against a from-scratch
+// replay of the same draws, the written files, the edge cases of the sampler and the required keys.
 #include "BicExpScoreAssess.h"
 #include "AssessFixture.h"
 #include "Random.h"
@@ -111,35 +111,40 @@ void expect_close(double got, double want, const std::string& what) {
 
 } // namespace
 
-TEST(BicExpScoreAssess, TypicalGroupsByHand) {
+TEST(BicExpScoreAssess, TypicalGroupsContributionsAndScalingByHand) {
     AssessHand h;
     // Margins in the bicluster of nodes 0-2: gene 0: node 5 1.25, node 9 1.5; gene 1: nodes 6 and 10
     // both 0.75 (the first listed group wins); genes 2, 3 have only group 0; gene 4 no node.
     Quiet q;
-    for (const char* groups : {"0 1", "1 0"}) {
+    for (const char* groups : {"1 0", "0 1"}) {
         BicExpScoreAssess a(*h.g, *h.w, gene_set({0, 1, 2, 3}),
                             bic_options(assess_text("T", 0, 0, 3, groups)), "T");
         EXPECT_EQ(a.m_typical_group, (std::vector<int>{1, groups[0] == '1', 0, 0, -1})) << groups;
-        // With no list no variable has a typical group.
-        a.m_gene_groups.clear();
-        a.calc_typical_groups();
-        EXPECT_EQ(a.m_typical_group, (std::vector<int>(5, -1)));
+        if (groups[0] == '1') {
+            // With no list no variable has a typical group.
+            a.m_gene_groups.clear();
+            a.calc_typical_groups();
+            EXPECT_EQ(a.m_typical_group, (std::vector<int>(5, -1)));
+            continue;
+        }
+        // Contributions follow the typical nodes.
+        std::vector<std::vector<float>> contrib;
+        a.calc_contribs(0, contrib);
+        // c0: node 0 (group 0) and node 3 (group 1) against typical nodes 9, 6, 7, 8; gene 4 has none.
+        EXPECT_EQ(contrib[0], (std::vector<float>{2.5f, 1.5f, -0.25f, -0.25f, -kMax}));
+        EXPECT_EQ(contrib[1], (std::vector<float>{2.5f, -0.25f, -0.5f, -0.5f, -kMax}));
+        a.calc_contribs(2, contrib); // c2 has no node in group 1
+        EXPECT_EQ(contrib[0], (std::vector<float>{-0.5f, -0.5f, -0.5f, -0.5f, -kMax}));
+        EXPECT_TRUE(contrib[1].empty());
+        // score_exp: 0 up to the second maximum, then (v - 0.5) / 2; condition 0 was never sampled.
+        a.m_exp_avg(1, 2) = 0.5f;
+        a.m_exp_max(1, 2) = 2.5f;
+        a.m_exp_max2(1, 2) = 1.5f;
+        EXPECT_EQ(
+            (std::vector<float>{a.score_exp(1, 1.0f, 2), a.score_exp(1, 1.5f, 2), a.score_exp(1, 1.75f, 2),
+                                a.score_exp(1, 4.5f, 2), a.score_exp(0, 4.5f, 2)}),
+            (std::vector<float>{0.0f, 0.0f, 0.625f, 2.0f, 0.0f}));
     }
-}
-
-TEST(BicExpScoreAssess, ContributionsFollowTheTypicalNodes) {
-    AssessHand h;
-    Quiet q;
-    BicExpScoreAssess a(*h.g, *h.w, gene_set({0, 1, 2, 3}), bic_options(assess_text("T", 0, 0, 3, "0 1")),
-                        "T");
-    std::vector<std::vector<float>> contrib;
-    a.calc_contribs(0, contrib);
-    // c0: node 0 (group 0) and node 3 (group 1) against typical nodes 9, 6, 7, 8; gene 4 has none.
-    EXPECT_EQ(contrib[0], (std::vector<float>{2.5f, 1.5f, -0.25f, -0.25f, -kMax}));
-    EXPECT_EQ(contrib[1], (std::vector<float>{2.5f, -0.25f, -0.5f, -0.5f, -kMax}));
-    a.calc_contribs(2, contrib); // c2 has no node in group 1
-    EXPECT_EQ(contrib[0], (std::vector<float>{-0.5f, -0.5f, -0.5f, -0.5f, -kMax}));
-    EXPECT_TRUE(contrib[1].empty());
 }
 
 TEST(BicExpScoreAssess, TablesMatchReplayOfTheSameDraws) {
@@ -191,20 +196,6 @@ TEST(BicExpScoreAssess, TablesMatchReplayOfTheSameDraws) {
         EXPECT_EQ(std::count(glob_text.begin(), glob_text.end(), '\n'), 3);
         EXPECT_EQ(glob_text.substr(0, 2), "1\t");
     }
-}
-
-TEST(BicExpScoreAssess, ScoreExpScalesAboveTheSecondMaximum) {
-    AssessHand h;
-    Quiet q;
-    BicExpScoreAssess a(*h.g, *h.w, gene_set({0, 1, 2, 3}), bic_options(assess_text("T", 0, 0, 3, "0 1")),
-                        "T");
-    a.m_exp_avg(1, 2) = 0.5f;
-    a.m_exp_max(1, 2) = 2.5f;
-    a.m_exp_max2(1, 2) = 1.5f;
-    // 0 up to the second maximum, then (v - 0.5) / 2; condition 0 was never sampled.
-    EXPECT_EQ((std::vector<float>{a.score_exp(1, 1.0f, 2), a.score_exp(1, 1.5f, 2), a.score_exp(1, 1.75f, 2),
-                                  a.score_exp(1, 4.5f, 2), a.score_exp(0, 4.5f, 2)}),
-              (std::vector<float>{0.0f, 0.0f, 0.625f, 2.0f, 0.0f}));
 }
 
 TEST(BicExpScoreAssess, SmallVariableSetsAndSamplerCheck) {

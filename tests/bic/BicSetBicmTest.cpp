@@ -9,9 +9,7 @@ namespace {
 TEST(BicSetBicm, RoundTripAndStopAtAFifthColumn) {
     Synth s(6, 20, {0, 1}, {0, 1, 2}, 3.0f, 3u, false);
     BicSet set(*s.graph, *s.wgt);
-    ds_bitvec vars(20);
-    vars.set_ind(1);
-    set.replace_bic(1, {0}, {0}, vars, 0, "none", -1, -1);
+    set.replace_bic(1, {0}, {0}, id_set({1}, 20), 0, "none", -1, -1);
     // Written as the example writes it: id, pattern, from, to.
     std::ostringstream out;
     out << 0 << "\tAC2Tz\t" << 10 << "\t" << 90 << "\n" << 3 << "\t#*GA\t" << -1 << "\t" << 40 << "\n";

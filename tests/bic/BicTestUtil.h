@@ -6,6 +6,7 @@
 #include "ExpVarGraphACO.h"
 #include "StateDataSetReal.h"
 #include "TestSupport.h"
+#include "ds/BitVec.h"
 #include "options.h"
 
 #include <gtest/gtest.h>
@@ -97,6 +98,14 @@ inline Edges edges_of(const std::string& text) {
         out.emplace_back(s, d, w);
     }
     return out;
+}
+
+// A bit vector of `width` bits with `ids` set.
+inline ds_bitvec id_set(const std::vector<int>& ids, int width) {
+    ds_bitvec s(width);
+    for (int i : ids)
+        s.set_ind(i);
+    return s;
 }
 
 inline std::vector<int> ints(const std::string& text) {

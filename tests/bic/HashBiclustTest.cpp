@@ -43,44 +43,19 @@ OneBin hash_fix(const std::vector<int>& exp_groups, int vars, const Edges& edges
     return OneBin(exp_groups, std::vector<int>(vars, 0), edges, non_edge, std::max(64, vars), conds, 1);
 }
 
-ds_bitvec key_of(const OneBin& f, const std::vector<int>& nodes) {
-    ds_bitvec k(f.g->m_max_exp_node);
-    for (int n : nodes)
-        k.set_ind(n);
-    return k;
-}
-
 // Conditions 0, 1, 2 (nodes 0-2); variables nodes 3-6: node 3 on all three (0.5, 1, 2), node 4 on
 // 0 and 1 (1, 1), node 5 on 1 (1), node 6 on nothing.
 OneBin three_conds() { return hash_fix({0, 0, 0}, 4, edges_of("0-3:0.5 1-3 2-3:2 0-4 1-4 1-5")); }
 
-TEST(NeigHash, SubsetsOfOneAndTwoConditionsByHand) {
+// The keys, weights and variables of a pass are checked against a plain model below.
+TEST(NeigHash, DegreeBoundsAreInclusiveAndAnEmptyRangeRecordsNothing) {
     OneBin f = three_conds();
     Quiet q;
     NeigHash h(*f.g, *f.w, hash_options(), "Plain");
     EXPECT_EQ(h.hash(0), -1);
-    // 3 condition nodes: keys of 0 bytes, 10 MB / 72 entries.
+    // 3 condition nodes: keys of 0 bytes, 10 MB / 72 entries; {0}, {1}, {2} and their pairs.
     EXPECT_EQ(h.m_max_hash_table_size, 138888u);
-    struct Want {
-        std::vector<int> key;
-        float w;
-        std::set<int> vars;
-    };
-    const std::vector<Want> want = {{{0}, 1.5f, {3, 4}},    {{1}, 3.0f, {3, 4, 5}}, {{2}, 2.0f, {3}},
-                                    {{0, 1}, 3.5f, {3, 4}}, {{0, 2}, 2.5f, {3}},    {{1, 2}, 3.0f, {3}}};
-    ASSERT_EQ(h.m_table.size(), want.size());
-    for (const Want& x : want) {
-        auto it = h.m_table.find(key_of(f, x.key));
-        ASSERT_TRUE(it != h.m_table.end());
-        EXPECT_FLOAT_EQ(it->second.m_weight, x.w);
-        EXPECT_EQ(it->second.get_set(), x.vars);
-    }
-    EXPECT_EQ(q.done().find("hasing v 6\n"), std::string::npos); // no edges: out of the degree range
-}
-
-TEST(NeigHash, DegreeBoundsAreInclusiveAndAnEmptyRangeRecordsNothing) {
-    OneBin f = three_conds();
-    Quiet q;
+    EXPECT_EQ(h.m_table.size(), 6u);
     NeigHash two(*f.g, *f.w, hash_options(), "Deg2");
     EXPECT_EQ(two.hash(0), -1);
     ASSERT_EQ(two.m_table.size(), 3u); // only node 4, with exactly two edges
@@ -96,6 +71,7 @@ TEST(NeigHash, DegreeBoundsAreInclusiveAndAnEmptyRangeRecordsNothing) {
     zero.hash(0);
     EXPECT_EQ(zero.m_table.size(), 3u);
     EXPECT_TRUE(zero.m_table.find(ds_bitvec(f.g->m_max_exp_node)) == zero.m_table.end());
+    EXPECT_EQ(q.done().find("hasing v 6\n"), std::string::npos); // no edges: out of the degree range
 }
 
 TEST(NeigHash, OneConditionNeverStandsTwiceInAKey) {
@@ -114,9 +90,7 @@ TEST(NeigHash, FiltersOfVariablesClassesAndRandomSubsets) {
     OneBin f = three_conds();
     Quiet q;
     NeigHash h(*f.g, *f.w, hash_options(), "Plain");
-    ds_bitvec vars(64);
-    vars.set_ind(1); // variable 1 is node 4
-    h.set_var_filter(vars);
+    h.set_var_filter(id_set({1}, 64)); // variable 1 is node 4
     h.hash(0);
     EXPECT_EQ(h.m_table.size(), 3u);
 
@@ -126,7 +100,7 @@ TEST(NeigHash, FiltersOfVariablesClassesAndRandomSubsets) {
     c.ignore_non_class(classes, 1); // conditions 1 and 2 only
     c.hash(0);
     EXPECT_EQ(c.m_table.size(), 3u); // {1}, {2}, {1,2}
-    EXPECT_TRUE(c.m_table.find(key_of(f, {0})) == c.m_table.end());
+    EXPECT_TRUE(c.m_table.find(id_set({0}, f.g->m_max_exp_node)) == c.m_table.end());
 
     NeigHash r(*f.g, *f.w, hash_options(), "Plain");
     r.m_random_exp_subset_size = 2;
@@ -205,9 +179,7 @@ TEST(NeigHash, PassesFillStopAndPenaliseAsAPlainModel) {
         ASSERT_EQ(h.m_table.size(), m.table.size());
         int spoiled = 0;
         for (const auto& e : m.table) {
-            ds_bitvec k(conds);
-            for (int c : e.first)
-                k.set_ind(c);
+            const ds_bitvec k = id_set(e.first, conds);
             auto it = h.m_table.find(k);
             ASSERT_TRUE(it != h.m_table.end()) << "pass " << pass << " key " << k;
             ASSERT_EQ(it->second.get_set(), e.second.second);

@@ -38,21 +38,25 @@ struct GenRun {
 const std::vector<char>* alive_of(const MapDorthoClusts&) { return nullptr; }
 const std::vector<char>* alive_of(const MapHDocs& m) { return &m.m_alive; }
 
-// Runs a generator on hits in the all-species table form (one direction unless both are listed).
-template <class Gen> GenRun run_gen(const std::string& hits, const std::string& keys) {
+// Runs a generator on hits in the all-species table form (one direction unless both are listed),
+// with proteins of length 100 for the species in `lengths`.
+template <class Gen> GenRun run_gen(const std::string& hits, const std::string& keys, int lengths = 0) {
     FourSpeciesTree t;
+    for (int s = 0; s < lengths; ++s) {
+        std::istringstream len("0 100\n");
+        t.tree->read_prot_length(s, len);
+    }
     ortho_read_options(t.opt, std::string(kBase) + keys);
-    testing::internal::CaptureStderr();
     SpeciesDorthoGraph g(*t.tree, 1000.0f, 5);
     std::istringstream in(hits);
-    g.read_table(in);
-    testing::internal::GetCapturedStderr();
+    quiet([&] { g.read_table(in); });
     Gen m(g, t.opt, "Docs");
-    testing::internal::CaptureStderr();
-    m.calc();
     std::ostringstream os;
-    m.dump_table(os);
-    return GenRun{doc_strings(m.m_docs, alive_of(m)), testing::internal::GetCapturedStderr(), os.str()};
+    const std::string trace = quiet([&] {
+        m.calc();
+        m.dump_table(os);
+    });
+    return GenRun{doc_strings(m.m_docs, alive_of(m)), trace, os.str()};
 }
 
 const char kLimits[] = "WgtMargin = 1\nMaxParalouges = 2\nHugeParalouges = 3\n";
@@ -149,29 +153,15 @@ TEST(MapHDocs, TransitivityMarginSizeAndGlue) {
     });
 }
 
+// Lengths 100 for A0, B0 and C0; A0-C0 covers 1..60 only: 100 - 5 < 96 on both sides of A0-B0,
+// 100 - 5 < 60 fails for A0-C0.
 TEST(MapHDocs, OnlyCompleteNeedsHitsCoveringBothProteins) {
-    FourSpeciesTree t;
-    {
-        // Lengths 100 for A0 and B0; A0-C0 covers 1..60 only.
-        std::istringstream a("0 100\n"), b("0 100\n"), c("0 100\n");
-        t.tree->read_prot_length(0, a);
-        t.tree->read_prot_length(1, b);
-        t.tree->read_prot_length(2, c);
-    }
-    ortho_read_options(t.opt,
-                       "[Docs]\nMaxDomDelta = 5\nWgtMargin = 1\nMaxParalouges = 2\nHugeParalouges = 3\n"
-                       "MaxDocSize = 4\nOnlyComplete = 1\nLogit = 1\n");
-    testing::internal::CaptureStderr();
-    SpeciesDorthoGraph g(*t.tree, 1000.0f, 5);
-    std::istringstream in("0 0 1 100 1 0 3 98 10\n1 0 3 98 0 0 1 100 10\n0 0 1 60 2 0 1 100 20\n");
-    g.read_table(in);
-    MapHDocs m(g, t.opt, "Docs");
-    m.calc();
-    const std::string trace = testing::internal::GetCapturedStderr();
-    // 100 - 5 < 96 on both sides of A0-B0; 100 - 5 < 60 fails for A0-C0.
-    EXPECT_EQ(doc_strings(m.m_docs, &m.m_alive), "A0 B0");
-    EXPECT_NE(trace.find("only incomp edge 0 (1,60) -> 0 (1,100) +20 l1 = 100\n"), std::string::npos)
-        << trace;
+    const GenRun r =
+        run_gen<MapHDocs>("0 0 1 100 1 0 3 98 10\n1 0 3 98 0 0 1 100 10\n0 0 1 60 2 0 1 100 20\n",
+                          std::string(kLimits) + "OnlyComplete = 1\n", 3);
+    EXPECT_EQ(r.docs, "A0 B0");
+    EXPECT_NE(r.trace.find("only incomp edge 0 (1,60) -> 0 (1,100) +20 l1 = 100\n"), std::string::npos)
+        << r.trace;
 }
 
 } // namespace

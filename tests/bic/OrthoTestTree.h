@@ -37,9 +37,7 @@ inline std::string ortho_var_table(const std::string& prefix, int n) {
 inline std::unique_ptr<SpeciesPhylogeny> ortho_read_tree(options& opt, const std::string& table) {
     auto tree = std::make_unique<SpeciesPhylogeny>(opt);
     std::istringstream in(table);
-    testing::internal::CaptureStderr();
-    tree->read_tables(in);
-    testing::internal::GetCapturedStderr();
+    quiet([&] { tree->read_tables(in); });
     return tree;
 }
 
@@ -59,9 +57,7 @@ struct FiveNodeTree {
                 a + " 4 0 0 0 x " + len + "\n" + "2 root 2 none -1 2 0 0 x none\n";
         std::istringstream in(table);
         tree = std::make_unique<SpeciesPhylogeny>(opt);
-        testing::internal::CaptureStderr();
-        tree->read_tables(in);
-        trace = testing::internal::GetCapturedStderr();
+        trace = quiet([&] { tree->read_tables(in); });
     }
     TempDir dir;
     options opt;

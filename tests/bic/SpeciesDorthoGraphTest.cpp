@@ -25,14 +25,12 @@ TEST(DorthoEdge, PrintAndCompactRecord) {
 
 TEST(SpeciesDorthoGraph, TablesKeepOwnPairAndScoresBelowTheBound) {
     FourSpeciesTree t;
-    testing::internal::CaptureStderr();
     SpeciesDorthoGraph g(*t.tree, 50.0f, 5);
     std::istringstream all("0 1 2 3 1 4 5 6 49.5\n"
                            "0 2 1 1 1 5 1 1 50\n" // equal to the bound: dropped
                            "2 0 1 9 3 5 2 8 7\n"
                            "1 3 0 1 0 4 0 1 80\n");
-    g.read_table(all);
-    testing::internal::GetCapturedStderr();
+    quiet([&] { g.read_table(all); });
     EXPECT_EQ(edges_str(g.edges(0, 1, 1)), "1 (2,3) -> 4 (5,6) +49.5;");
     EXPECT_EQ(edges_str(g.edges(0, 2, 1)), "");
     EXPECT_EQ(edges_str(g.edges(2, 0, 3)), "0 (1,9) -> 5 (2,8) +7;");
@@ -59,9 +57,7 @@ TEST(SpeciesDorthoGraph, SimilarityFileLines) {
                           "A4 B4 20 1 1 1 1 2 3 4 99\n"                   // same id on both sides
                           "A5 B0 20 1 1 1 11 12 13 14 99\r\n"             // carriage return
                           "A5 B0 20 1 1 1 11 12 13\n");                   // short line
-    testing::internal::CaptureStderr();
-    g.read_blast(in, 60.0f);
-    const std::string trace = testing::internal::GetCapturedStderr();
+    const std::string trace = quiet([&] { g.read_blast(in, 60.0f); });
     EXPECT_EQ(edges_str(g.m_edges[1]), "1 (3,90) -> 2 (4,95) +33.5;");
     EXPECT_EQ(edges_str(g.m_edges[2]), "2 (7,8) -> 3 (9,10) +20;");
     EXPECT_EQ(edges_str(g.m_edges[3]), "");
@@ -73,9 +69,7 @@ TEST(SpeciesDorthoGraph, SimilarityFileLines) {
     for (int i = 0; i < 2500; ++i)
         many << "A" << (i % 2) << " B" << (2 + i % 3) << " 1 1 1 1 1 2 3 4 99\n";
     std::istringstream in2(many.str());
-    testing::internal::CaptureStderr();
-    g.read_blast(in2, 0.0f);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(quiet([&] { g.read_blast(in2, 0.0f); }),
               "from spid 0 to spid 1\ngot 1000 interactions\ngot 2000 interactions\ngot 2500 interactions\n");
 }
 
@@ -89,10 +83,8 @@ TEST(SpeciesDorthoGraph, ReadsEveryOrderedPairFromTheDirectory) {
                 hits.write(std::string(names[a]) + "." + names[b] + ".fixed",
                            std::string(names[a]) + "1 " + names[b] + std::to_string(b + 2) + " " +
                                std::to_string(10 * a + b) + " 1 1 1 1 2 3 4 " + std::to_string(a + b) + "\n");
-    testing::internal::CaptureStderr();
     SpeciesDorthoGraph g(*t.tree, 2.5f, 5);
-    g.read_blast_dir(hits.path());
-    const std::string trace = testing::internal::GetCapturedStderr();
+    const std::string trace = quiet([&] { g.read_blast_dir(hits.path()); });
     // Kept when a + b > 2.5.
     for (int a = 0; a < 4; ++a)
         for (int b = 0; b < 4; ++b) {
@@ -118,12 +110,9 @@ TEST(SpeciesDorthoGraphDeath, MissingPairFileIsFatal) {
         {hits.path() + "/none",
          R"(SpeciesDorthoGraph\([0-9]+\): cannot open ortho table .*/none/A\.B\.fixed)"},
     };
-    for (const auto& c : cases) {
-        testing::internal::CaptureStderr();
-        SpeciesDorthoGraph g(*t.tree, 0.0f, 5);
-        testing::internal::GetCapturedStderr();
+    SpeciesDorthoGraph g(*t.tree, 0.0f, 5);
+    for (const auto& c : cases)
         EXPECT_DEATH(g.read_blast_dir(c.dir), c.regex);
-    }
 }
 
 } // namespace

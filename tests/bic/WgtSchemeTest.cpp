@@ -183,8 +183,14 @@ TYPED_TEST(WgtSchemeContract, TablesMatchTheReferenceAndAgree) {
             EXPECT_EQ(s->get_edge_weight(id), sw * w1 + (1.0f - sw) * w0) << id;
             EXPECT_EQ(s->get_edge_cnc(id), sw * w1 - sw * w0) << id;
         }
-        for (int n = 0; n < 7; ++n)
-            EXPECT_EQ(s->get_var_node_weight(n), 0.0f); // condition nodes carry nothing of their own
+        // Condition nodes carry nothing of their own; variable nodes the reference's weight (HS) or 0.
+        for (int n = 0; n < 13; ++n) {
+            const std::string key = cfg + " varw " + std::to_string(n);
+            if (ref().count(key))
+                expect_close(s->get_var_node_weight(n), key, 0);
+            else
+                EXPECT_EQ(s->get_var_node_weight(n), 0.0f) << n;
+        }
     }
 }
 
@@ -200,16 +206,6 @@ TEST(WgtSchemeGroupIndeg, TablesWaitForReinit) {
     expect_tables(s, "model05");
     s.reinit(wgt_options(), "limit", 0.7f);
     expect_tables(s, "limit");
-    EXPECT_EQ(s.get_var_node_weight(7), 0.0f);
-}
-
-TEST(WgtSchemeGroupIndegHS, NonClassContributions) {
-    WGraph w;
-    Quiet q;
-    WgtSchemeGroupIndegHS s(*w.g, *w.ec, *w.classes, 0, wgt_options(), "hs", 0.7f);
-    q.done();
-    for (int n = 7; n < 13; ++n)
-        expect_close(s.get_var_node_weight(n), "hs varw " + std::to_string(n), 0);
 }
 
 TEST(WgtSchemeDeath, BadWeights) {

@@ -136,12 +136,10 @@ TEST(Net, SubscriberSeesParentThenChildEvents) {
     for (int v = 0; v < 3; ++v)
         EXPECT_EQ(net.add_rand_var(10 + v, 2), v);
     // Four consecutive ids per node: parent added, child added, parent removed, child removed.
-    for (int v = 0; v < 3; ++v) {
-        EXPECT_EQ(net.get_parent_added_event(v), 4 * v);
-        EXPECT_EQ(net.get_child_added_event(v), 4 * v + 1);
-        EXPECT_EQ(net.get_parent_removed_event(v), 4 * v + 2);
-        EXPECT_EQ(net.get_child_removed_event(v), 4 * v + 3);
-    }
+    for (int v = 0; v < 3; ++v)
+        EXPECT_EQ((std::vector<int>{net.get_parent_added_event(v), net.get_child_added_event(v),
+                                    net.get_parent_removed_event(v), net.get_child_removed_event(v)}),
+                  (std::vector<int>{4 * v, 4 * v + 1, 4 * v + 2, 4 * v + 3}));
     EventLog log;
     log.net = &net;
     for (int e = 0; e < 12; ++e)

@@ -1,6 +1,8 @@
 // Special functions against independent values: std::lgamma in long double, closed forms, exact rationals.
 #include "SpecialFunc.h"
 
+#include "TestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -17,15 +19,6 @@ long double ref_binom_ln(int n, int k) {
 
 long double ref_log_hg(int N, int K, int n, int k) {
     return ref_binom_ln(n, k) + ref_binom_ln(N - n, K - k) - ref_binom_ln(N, K);
-}
-
-// Relative closeness with an absolute floor for values near zero.
-::testing::AssertionResult close(double got, long double want, double rel, double abs_floor) {
-    const long double diff = std::fabs(static_cast<long double>(got) - want);
-    if (diff <= std::max(static_cast<long double>(abs_floor), rel * std::fabs(want)))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure()
-           << "got " << got << " want " << static_cast<double>(want) << " diff " << static_cast<double>(diff);
 }
 
 double binom_exact(int n, int k) {
@@ -47,8 +40,8 @@ double binom_tail(int n, double p, int from) {
 
 TEST(SpecialFunc, GammaLnAgainstLgamma) {
     for (float x : {0.5f, 1.0f, 1.5f, 2.0f, 3.0f, 7.25f, 10.0f, 50.5f, 101.0f, 1000.0f, 123456.0f}) {
-        EXPECT_TRUE(close(gamma_ln(x), std::lgamma(static_cast<long double>(x)), 2e-7, 1e-7)) << x;
-        EXPECT_TRUE(close(dbl_gamma_ln(x), std::lgamma(static_cast<long double>(x)), 1e-10, 1e-9)) << x;
+        EXPECT_TRUE(near_rel(gamma_ln(x), std::lgamma(static_cast<long double>(x)), 2e-7, 1e-7)) << x;
+        EXPECT_TRUE(near_rel(dbl_gamma_ln(x), std::lgamma(static_cast<long double>(x)), 1e-10, 1e-9)) << x;
     }
     // Result is the double computation rounded once to float.
     EXPECT_EQ(gamma_ln(10.0f), static_cast<float>(dbl_gamma_ln(10.0f)));
@@ -64,9 +57,9 @@ TEST(SpecialFunc, BinomLnInsideAndOutsideTheTable) {
         const float first = t.binom_ln(c[0], c[1]);
         // Three float roundings of log-gamma values as large as ln((n+1)!).
         const double tol = 4e-7 * std::lgamma(c[0] + 1.0) + 2e-6;
-        EXPECT_TRUE(close(first, ref_binom_ln(c[0], c[1]), 0, tol)) << c[0] << " " << c[1];
+        EXPECT_TRUE(near_rel(first, ref_binom_ln(c[0], c[1]), 0, tol)) << c[0] << " " << c[1];
         EXPECT_EQ(t.binom_ln(c[0], c[1]), first); // memoised value equals the computed one
-        EXPECT_TRUE(close(t.dbl_binom_ln(c[0], c[1]), ref_binom_ln(c[0], c[1]), 1e-9, 1e-9));
+        EXPECT_TRUE(near_rel(t.dbl_binom_ln(c[0], c[1]), ref_binom_ln(c[0], c[1]), 1e-9, 1e-9));
     }
 }
 
@@ -86,9 +79,9 @@ TEST(SpecialFunc, LogHgIsOneTermAndZeroBelowExpectation) {
     for (auto c : {std::array<int, 4>{5000, 300, 200, 40}, std::array<int, 4>{20000, 150, 60, 12},
                    std::array<int, 4>{120, 110, 101, 100}}) {
         const double tol = 1.2e-6 * std::lgamma(c[0] + 1.0) + 2e-6;
-        EXPECT_TRUE(close(t.log_hg(c[0], c[1], c[2], c[3]), ref_log_hg(c[0], c[1], c[2], c[3]), 0, tol));
+        EXPECT_TRUE(near_rel(t.log_hg(c[0], c[1], c[2], c[3]), ref_log_hg(c[0], c[1], c[2], c[3]), 0, tol));
         EXPECT_TRUE(
-            close(t.dbl_log_hg(c[0], c[1], c[2], c[3]), ref_log_hg(c[0], c[1], c[2], c[3]), 1e-9, 1e-8));
+            near_rel(t.dbl_log_hg(c[0], c[1], c[2], c[3]), ref_log_hg(c[0], c[1], c[2], c[3]), 1e-9, 1e-8));
     }
     // N of 0: the expectation is not a number and the term is computed (all binomials are 0 here).
     EXPECT_EQ(t.log_hg(0, 0, 0, 0), 0.0f);
@@ -98,10 +91,10 @@ TEST(SpecialFunc, BinomByFactorialsAndGamma) {
     BinomFuncTable t(100, 100);
     EXPECT_EQ(t.binom(10, 3), 120.0f);
     EXPECT_EQ(t.binom(5, 0), 1.0f);
-    EXPECT_TRUE(close(t.binom(20, 10), binom_exact(20, 10), 1e-6, 0));
-    EXPECT_TRUE(close(t.binom(30, 12), binom_exact(30, 12), 1e-6, 0));
+    EXPECT_TRUE(near_rel(t.binom(20, 10), binom_exact(20, 10), 1e-6, 0));
+    EXPECT_TRUE(near_rel(t.binom(30, 12), binom_exact(30, 12), 1e-6, 0));
     // Past the cell range (k * n_max + n beyond the table): through log-gamma in float.
-    EXPECT_TRUE(close(t.binom(130, 100), binom_exact(130, 100), 5e-4, 0));
+    EXPECT_TRUE(near_rel(t.binom(130, 100), binom_exact(130, 100), 5e-4, 0));
     FactorialFuncTable f(10);
     EXPECT_TRUE(std::isnan(f.factorial(3)));
     EXPECT_TRUE(std::isnan(f.factorial_ln(3)));
@@ -160,9 +153,7 @@ TEST(SpecialFunc, Messages) {
          "a 100000 or b 100000 too big, or MAXIT too small in betacf, x = 0.5\n", kAnywhere},
     };
     for (const auto& c : cases) {
-        testing::internal::CaptureStderr();
-        c.run();
-        const std::string err = testing::internal::GetCapturedStderr();
+        const std::string err = quiet(c.run);
         const std::size_t at = err.find(c.text);
         EXPECT_TRUE(c.where == kAnywhere ? at != std::string::npos
                                          : at == 0 && (c.where == kStart || err == c.text))

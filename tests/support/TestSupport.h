@@ -36,6 +36,15 @@ template <class F> std::string quiet(F f) {
     return testing::internal::GetCapturedStderr();
 }
 
+// Passes when |got - want| is within rel * |want| or abs_floor, whichever is larger.
+inline ::testing::AssertionResult near_rel(double got, long double want, double rel, double abs_floor) {
+    const long double diff = got > want ? got - want : want - got;
+    const long double w = want < 0 ? -want : want;
+    if (diff <= (abs_floor > rel * w ? abs_floor : rel * w))
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "got " << got << " want " << static_cast<double>(want);
+}
+
 // Repository root (where data/ lives).
 std::string source_dir();
 

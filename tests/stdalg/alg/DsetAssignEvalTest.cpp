@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -27,6 +26,18 @@
 namespace {
 
 typedef std::vector<std::vector<int>> Rows; // [row][column], -1 missing
+
+// Rows written as words of digits, one per row, '-' for a missing value: "00 12 -1".
+Rows rows_of(const std::string& text) {
+    Rows out;
+    std::istringstream in(text);
+    for (std::string w; in >> w;) {
+        out.emplace_back();
+        for (char c : w)
+            out.back().push_back(c == '-' ? -1 : c - '0');
+    }
+    return out;
+}
 
 options make_options(int max_card = 3, int ess = 1, int logit = 0) {
     options opt;
@@ -127,13 +138,6 @@ long double model_minfo(const Rows& counts) {
     return h;
 }
 
-::testing::AssertionResult close(double got, long double want, double rel, double abs_floor) {
-    const long double diff = std::fabs(got - want);
-    if (diff <= std::max<long double>(abs_floor, rel * std::fabs(want)))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "got " << got << " want " << static_cast<double>(want);
-}
-
 Rows random_rows(std::mt19937& rng, int n, int ncols, int missing_per_100) {
     Rows rows(n, std::vector<int>(ncols));
     for (std::vector<int>& row : rows)
@@ -143,12 +147,6 @@ Rows random_rows(std::mt19937& rng, int n, int ncols, int missing_per_100) {
             row[c] = static_cast<int>(rng() % 100) < missing_per_100 ? -1 : v;
         }
     return rows;
-}
-
-std::string capture_stderr(const std::function<void()>& f) {
-    ::testing::internal::CaptureStderr();
-    f();
-    return ::testing::internal::GetCapturedStderr();
 }
 
 TEST(DsetAssignEval, RandomTablesAgainstLongDoubleModels) {
@@ -170,11 +168,11 @@ TEST(DsetAssignEval, RandomTablesAgainstLongDoubleModels) {
             const int k = static_cast<int>(ps.size());
             DsetAssignIter it(a);
             const float b = bde.eval(it);
-            EXPECT_TRUE(close(b, model_bdeu(counts, 4, k), 1e-5, 0));
+            EXPECT_TRUE(near_rel(b, model_bdeu(counts, 4, k), 1e-5, 0));
             // The matrix form counts empty rows too: each adds 0 up to float rounding.
-            EXPECT_TRUE(close(bde.eval(counts, k), b, 1e-5, 0));
-            EXPECT_TRUE(close(mi.eval(it), model_minfo(counts), 1e-5, 2e-6));
-            EXPECT_TRUE(close(mi.eval(counts, k), model_minfo(counts), 1e-5, 2e-6));
+            EXPECT_TRUE(near_rel(bde.eval(counts, k), b, 1e-5, 0));
+            EXPECT_TRUE(near_rel(mi.eval(it), model_minfo(counts), 1e-5, 2e-6));
+            EXPECT_TRUE(near_rel(mi.eval(counts, k), model_minfo(counts), 1e-5, 2e-6));
             long double best = 0;
             for (const std::vector<int>& row : counts)
                 best += std::max(row[0], std::max(row[1], row[2]));
@@ -187,7 +185,7 @@ TEST(DsetAssignEval, RandomTablesAgainstLongDoubleModels) {
 // Rows of (base, parent): the parent's value 2 appears only with a missing base value, which makes
 // a combination with rows but no counts.
 TEST(DsetAssignEval, EmptyCellsBDeAndConsist) {
-    const Rows with = {{0, 0}, {0, 0}, {1, 0}, {2, 1}, {2, 1}, {0, 1}, {-1, 2}};
+    const Rows with = rows_of("00 00 10 21 21 01 -2");
     const Rows without(with.begin(), with.end() - 1);
     options opt = make_options();
     DsetAssignEvalBDe bde(opt, "Eval");
@@ -199,16 +197,16 @@ TEST(DsetAssignEval, EmptyCellsBDeAndConsist) {
     const long double want = 2 * std::lgamma(a) - 2 * std::lgamma(3 + a) + std::lgamma(2 + a3) +
                              2 * std::lgamma(1 + a3) + std::lgamma(2 + a3) + 2 * std::lgamma(a3) -
                              6 * std::lgamma(a3);
-    EXPECT_TRUE(close(bde.eval(iw), want, 1e-6, 0));
-    Rows m = {{2, 1, 0}, {1, 0, 2}};
+    EXPECT_TRUE(near_rel(bde.eval(iw), want, 1e-6, 0));
+    Rows m = rows_of("210 102");
     const float two_rows = bde.eval(m, 1);
     m.push_back({0, 0, 0});
-    EXPECT_TRUE(close(bde.eval(m, 1), two_rows, 1e-6, 0));
+    EXPECT_TRUE(near_rel(bde.eval(m, 1), two_rows, 1e-6, 0));
     // n below 0: the prior is ESS times 3^-n.
     const long double big = 3, big3 = 1;
     const long double want_neg = 2 * std::lgamma(big) - 2 * std::lgamma(3 + big) + 2 * std::lgamma(2 + big3) +
                                  2 * std::lgamma(1 + big3) + 2 * std::lgamma(big3) - 6 * std::lgamma(big3);
-    EXPECT_TRUE(close(bde.eval(Rows{{2, 1, 0}, {1, 0, 2}}, -1), want_neg, 1e-6, 0));
+    EXPECT_TRUE(near_rel(bde.eval(rows_of("210 102"), -1), want_neg, 1e-6, 0));
 
     DsetAssignEvalConsist con(opt, "Eval");
     EXPECT_EQ(con.eval(iw), 4.0f);
@@ -222,26 +220,26 @@ TEST(DsetAssignEval, MInfoAndPMInfoSpecialCases) {
     DsetAssignEvalMInfo mi(opt, "Eval");
     DsetAssignEvalPMInfo pmi(opt, "Eval");
     // The base in one value: no information, exactly.
-    Lattice one(Rows{{1, 0}, {1, 2}, {1, 1}, {1, 0}}, 1);
+    Lattice one(rows_of("10 12 11 10"), 1);
     DsetAssignIter it1(one.set(0, {1}));
     EXPECT_EQ(mi.eval(it1), 0.0f);
 
     // No parents: the information is rounding noise below 0.0001, and no probability is computed
     // (a chi-square of 0 degrees of freedom would complain on the error stream).
-    Lattice lat(Rows{{0, 0}, {1, 0}, {2, 1}, {0, 1}, {1, 1}, {1, 0}}, 1);
+    Lattice lat(rows_of("00 10 21 01 11 10"), 1);
     DsetAssignIter it0(lat.set(0, {}));
     float p = 1;
-    EXPECT_EQ(capture_stderr([&] { p = pmi.eval(it0); }), "");
+    EXPECT_EQ(quiet([&] { p = pmi.eval(it0); }), "");
     EXPECT_EQ(p, 0.0f);
 
     // Two cells: 2 degrees of freedom, where the chi-square law is 1 - exp(-x/2) with x = 2 E h.
     DsetAssignIter it(lat.set(0, {1}));
-    const Rows counts = {{1, 2, 0}, {1, 1, 1}};
+    const Rows counts = rows_of("120 111");
     const long double h = model_minfo(counts);
-    EXPECT_TRUE(close(mi.eval(it), h, 1e-5, 0));
-    EXPECT_TRUE(close(pmi.eval(it), 1 - std::exp(-6 * h), 1e-5, 0));
+    EXPECT_TRUE(near_rel(mi.eval(it), h, 1e-5, 0));
+    EXPECT_TRUE(near_rel(pmi.eval(it), 1 - std::exp(-6 * h), 1e-5, 0));
     // Matrix: (rows - 1)(cols - 1) = 2 degrees of freedom again.
-    EXPECT_TRUE(close(pmi.eval(counts, 1), 1 - std::exp(-6 * h), 1e-5, 0));
+    EXPECT_TRUE(near_rel(pmi.eval(counts, 1), 1 - std::exp(-6 * h), 1e-5, 0));
 
     // A single non-empty row: 1 when one column holds every row, else 0; independence
     // (h below 0.0001) gives 0.
@@ -264,49 +262,35 @@ TEST(DsetAssignEval, PConsistByHand) {
     EXPECT_EQ(pc.m_max_k, 3);
     const struct {
         const char* what;
-        Rows rows; // (base, parent)
+        const char* rows; // (base, parent)
         double want;
     } cases[] = {
         // No errors: each cell of n rows has e = 1, the tail P(X >= n) = p0^n with p0 = 3/5.
-        {"no errors", {{0, 0}, {0, 0}, {0, 0}, {1, 1}, {1, 1}}, -5 * std::log(0.6)},
+        {"no errors", "00 00 00 11 11", -5 * std::log(0.6)},
         // Cells of 10 (7 + 3) and 4 rows, 3 errors: the quotients 9 : 3, 4 : 3, 2 : 3 send two
         // errors to the first cell and one to the second, e = (3, 2); p0 = 1/2.
         // P(X >= 8 | 10) = 56/1024, P(X >= 3 | 4) = 5/16.
-        {"placed errors",
-         {{0, 0},
-          {0, 0},
-          {0, 0},
-          {0, 0},
-          {0, 0},
-          {0, 0},
-          {0, 0},
-          {1, 0},
-          {1, 0},
-          {2, 0},
-          {1, 1},
-          {1, 1},
-          {1, 1},
-          {1, 1}},
+        {"placed errors", "00 00 00 00 00 00 00 10 10 20 11 11 11 11",
          -std::log(56.0 / 1024) - std::log(5.0 / 16)},
         // Cells of two rows split 1 : 1: no quotient exceeds 1, the counts stay 1, P(X >= 2 | 2) = 1/4.
-        {"nowhere to place", {{0, 0}, {1, 0}, {0, 1}, {2, 1}}, -2 * std::log(0.25)},
+        {"nowhere to place", "00 10 01 21", -2 * std::log(0.25)},
         // The base never takes its first value: p0 = 0, every tail is exactly 0 and counts
         // -1000 (n - e): cells (0, 3, 1) with e = 2 and (0, 0, 2) with e = 1.
-        {"zero tails", {{1, 0}, {1, 0}, {1, 0}, {2, 0}, {2, 1}, {2, 1}}, 1000.0 * 2 + 1000.0 * 1},
+        {"zero tails", "10 10 10 20 21 21", 1000.0 * 2 + 1000.0 * 1},
     };
     for (const auto& c : cases) {
-        Lattice lat(c.rows, 1);
+        Lattice lat(rows_of(c.rows), 1);
         DsetAssignIter it(lat.set(0, {1}));
-        EXPECT_TRUE(close(pc.eval(it), c.want, 1e-5, 0)) << c.what;
+        EXPECT_TRUE(near_rel(pc.eval(it), c.want, 1e-5, 0)) << c.what;
     }
 }
 
 TEST(DsetAssignEval, LogitTracesEachCell) {
     options opt = make_options(3, 1, 1);
     DsetAssignEvalBDe bde(opt, "Eval");
-    Lattice lat(Rows{{0, 0}, {1, 1}, {2, 1}}, 1);
+    Lattice lat(rows_of("00 11 21"), 1);
     DsetAssignIter it(lat.set(0, {1}));
-    const std::string log = capture_stderr([&] { bde.eval(it); });
+    const std::string log = quiet([&] { bde.eval(it); });
     // Parent value 0 is id 4, value 1 id 8.
     EXPECT_NE(log.find("index 4 c1,2,3 1 0 0"), std::string::npos) << log;
     EXPECT_NE(log.find("index 8 c1,2,3 0 1 1"), std::string::npos) << log;
@@ -327,7 +311,7 @@ TEST(DsetAssignEval, FactoryNamesInTableOrder) {
 }
 
 TEST(DsetAssignEvalDeath, FatalTexts) {
-    Lattice lat(Rows{{0, 0}, {1, -1}, {2, 1}, {0, 1}, {-1, 0}}, 1);
+    Lattice lat(rows_of("00 1- 21 01 -0"), 1);
     options three = make_options(), four = make_options(4), none;
     const struct {
         const char* name;
@@ -410,7 +394,7 @@ TEST_P(RealTables, MatchScipyScores) {
             const double want = std::stod(cell);
             // Information sums cancel: an absolute floor of a few float steps of the entropy.
             const double floor = (h[0] == 'M' || h[0] == 'P') ? 2e-6 : 0;
-            EXPECT_TRUE(close(got, want, 1e-5, floor)) << base << " | " << parents << " " << h;
+            EXPECT_TRUE(near_rel(got, want, 1e-5, floor)) << base << " | " << parents << " " << h;
         }
         ++sets;
     }

@@ -181,31 +181,23 @@ TEST(DsetAssign, RandomOperationsMatchBruteForce) {
 }
 
 // Two binary variables written out by hand: x = 0 0 1 1 1, y = 0 1 0 1 1.
-TEST(DsetAssign, HandWorkedSetsEmptyCombinationsAndFullSlots) {
+TEST(DsetAssign, MissingValuesHaveNoSetAndFullSlotsRefuse) {
     MultiDimIdSpace space(2, 3);
     DsetAssign a(space, 3, 3, 5, false);
-    ds_bitvec x0(5), x1(5), y0(5), y1(5), none(5);
-    for (int r : {0, 1})
-        x0.set_ind(r);
-    for (int r : {2, 3, 4})
-        x1.set_ind(r);
-    for (int r : {0, 2})
-        y0.set_ind(r);
-    for (int r : {1, 3, 4})
-        y1.set_ind(r);
+    auto rows = [](std::initializer_list<int> on) {
+        ds_bitvec v(5);
+        for (int r : on)
+            v.set_ind(r);
+        return v;
+    };
+    ds_bitvec x0 = rows({0, 1}), x1 = rows({2, 3, 4}), y0 = rows({0, 2}), y1 = rows({1, 3, 4}), none(5);
     EXPECT_EQ(a.count_of(0), 5);
     a.insert_base_var(7, {&x0, &x1});
-    EXPECT_EQ(rows_of(a.set_of(1)), (std::vector<int>{0, 1}));
-    EXPECT_EQ(rows_of(a.set_of(2)), (std::vector<int>{2, 3, 4}));
     EXPECT_EQ(a.set_of(3), nullptr); // no third value
     EXPECT_EQ(a.insert_var(8, {&y0, &y1, &none}), 1);
-    // Parent value 0 is digit 1 of slot 1: id 4; with base value 1: id 4 + 2.
-    EXPECT_EQ(rows_of(a.set_of(4)), (std::vector<int>{0, 2}));
-    EXPECT_EQ(rows_of(a.set_of(4 + 2)), (std::vector<int>{2}));
-    EXPECT_EQ(rows_of(a.set_of(8 + 2)), (std::vector<int>{3, 4}));
-    EXPECT_EQ(a.set_of(12), nullptr); // the empty third value: no set made
-    DsetAssignIter it(a);
-    EXPECT_EQ(walk(it), (std::vector<int>{4, 8}));
+    // The empty third value of the parent (digit 3 of slot 1) makes no set; the random run checks
+    // the rows of every id.
+    EXPECT_EQ(a.set_of(12), nullptr);
     std::ostringstream dump;
     a.dump_state(dump);
     EXPECT_NE(dump.str().find("slot 1 var 8"), std::string::npos);
@@ -214,8 +206,6 @@ TEST(DsetAssign, HandWorkedSetsEmptyCombinationsAndFullSlots) {
     EXPECT_EQ(a.insert_var(10, {&y1, &y0}), -1);
     EXPECT_EQ(a.m_vars, (std::vector<int>{7, 8, 9}));
     EXPECT_EQ(a.m_count, 3);
-    EXPECT_EQ(rows_of(a.set_of(4 + 16)), (std::vector<int>{0}));
-    EXPECT_EQ(rows_of(a.set_of(8 + 32 + 2)), (std::vector<int>{3, 4}));
 }
 
 TEST(MultiDimIdSpace, MasksPartialIdsAndDigits) {

@@ -34,9 +34,7 @@ public:
 };
 
 std::string verify_text(HeapBin& h, bool want) {
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(h.verify(), want);
-    return testing::internal::GetCapturedStderr();
+    return quiet([&] { EXPECT_EQ(h.verify(), want); });
 }
 
 } // namespace
