@@ -199,6 +199,132 @@ TEST(HMMDecode, TinyModelsEqualPathEnumeration) {
     EXPECT_GT(checked, 150);
 }
 
+// The recursions written plainly: whole tables filled first, edges walked in the model's lists, the
+// log-sum by its formula alone. Returns V, its traceback, F and B as flat tables.
+struct PlainTabs {
+    std::vector<float> v, f, b;
+    std::vector<int> trace;
+};
+PlainTabs plain_tabs(const HMM& h, const SymbolSequence& x) {
+    auto lsum = [](float a, float c) {
+        const float hi = std::max(a, c), lo = std::min(a, c);
+        return std::isinf(lo) ? hi : hi + logf(1.0f + expf(lo - hi));
+    };
+    const int S = h.num_states(), L = static_cast<int>(x.size()), fin = h.m_finish_state;
+    const std::size_t n = static_cast<std::size_t>(L + 2) * S;
+    PlainTabs t{std::vector<float>(n, -4.2535293e37f), std::vector<float>(n, kLogZero),
+                std::vector<float>(n, kLogZero), std::vector<int>(n, -1)};
+    auto at = [S](int i, int k) { return static_cast<std::size_t>(i) * S + k; };
+    t.v[0] = 0.0f;
+    t.f[0] = 0.0f;
+    for (int i = 1; i <= L; ++i)
+        for (int pass = 0; pass < 2; ++pass) // emitting states, then silent ones
+            for (int k = 1; k < S; ++k) {
+                const HMMState& st = h.m_states[k];
+                if (!st.m_active || st.m_silent != (pass == 1))
+                    continue;
+                const int r = pass == 0 ? i - 1 : i;
+                float best = kLogZero, acc = kLogZero;
+                for (const HMMAdjacency& a : h.m_back_adj[k]) {
+                    if (t.v[at(r, a.from)] + a.log_p > best) {
+                        best = t.v[at(r, a.from)] + a.log_p;
+                        t.trace[at(i, k)] = a.from;
+                    }
+                    acc = lsum(acc, t.f[at(r, a.from)] + a.log_p);
+                }
+                const float e = pass == 0 ? st.m_log_emit[x.code_at(i - 1)] : 0.0f;
+                t.v[at(i, k)] = pass == 0 ? best + e : best;
+                t.f[at(i, k)] = pass == 0 ? acc + e : acc;
+            }
+    t.b[at(L + 1, fin)] = 0.0f;
+    t.b[at(L, fin)] = 0.0f;
+    for (const HMMAdjacency& a : h.m_back_adj[fin])
+        t.b[at(L, a.from)] = a.log_p;
+    for (int i = L - 1; i >= 0; --i)
+        for (int k = S - 2; k >= 1; --k) {
+            if (!h.m_states[k].m_active)
+                continue;
+            float acc = kLogZero;
+            for (const HMMAdjacency& a : h.m_adj[k]) {
+                const HMMState& to = h.m_states[a.to];
+                acc = lsum(acc, to.m_silent ? a.log_p + t.b[at(i, a.to)]
+                                            : a.log_p + t.b[at(i + 1, a.to)] + to.m_log_emit[x.code_at(i)]);
+            }
+            t.b[at(i, k)] = acc > 0.0f ? 0.0f : acc;
+        }
+    return t;
+}
+
+// Every cell of the three tables equals the plain recursions, for fresh decoders and for decoders
+// whose tables held a longer or a shorter sequence before; the one difference is forward's finish
+// cell, which a finish state without out-edges gets in row L only.
+TEST(HMMDecode, TablesEqualPlainRecursionsCellByCell) {
+    const std::uint32_t seed = test_seed(4242);
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 rng(seed);
+    auto uni = [&rng]() { return static_cast<float>(rng() / 4294967296.0); };
+    QuietCerr quiet;
+    for (int rep = 0; rep < 200; ++rep) {
+        SCOPED_TRACE("rep " + std::to_string(rep));
+        const int A = 2 + static_cast<int>(rng() % 3);
+        HMM h(A);
+        const int n = 1 + static_cast<int>(rng() % 8);
+        for (int k = 0; k < n; ++k)
+            h.new_state(k > 0 && rng() % 4 == 0);
+        h.add_finish_state();
+        const int S = h.num_states(), fin = h.m_finish_state;
+        // Out-edges summing to 1, some of probability 0. Every path exists through the edges kept
+        // above 0: from the start to each emitting state and to the finish, emitting self-loops, and
+        // from every state to the finish.
+        for (int k = 0; k < fin; ++k) {
+            std::vector<int> to;
+            std::vector<float> w;
+            for (int t = 1; t < S; ++t) {
+                const bool needed = t == fin || (!h.m_states[t].m_silent && (k == 0 || t == k));
+                if (needed || ((!h.m_states[t].m_silent || t > k) && rng() % 3 == 0)) {
+                    to.push_back(t);
+                    w.push_back(!needed && rng() % 4 == 0 ? 0.0f : 0.05f + uni());
+                }
+            }
+            float sum = 0.0f;
+            for (float x : w)
+                sum += x;
+            for (std::size_t j = 0; j < to.size(); ++j)
+                h.add_transition(k, to[j], w[j] / sum);
+            for (int b = 0; b < A && k > 0; ++b)
+                h.set_state_emission(k, b, 0.05f + uni() / static_cast<float>(A));
+        }
+        if (n > 2 && rng() % 4 == 0)
+            h.del_state(1 + static_cast<int>(rng() % (n - 1)));
+        ViterbiDecode vit(h);
+        ForwardDecode fwd(h);
+        BackwardDecode bwd(h);
+        for (int call = 0; call < 3; ++call) {
+            SymbolSequence x;
+            const int L = static_cast<int>(rng() % 30);
+            for (int i = 0; i < L; ++i)
+                x.push_back(static_cast<char>(rng() % A));
+            const PlainTabs want = plain_tabs(h, x);
+            HMMPath path;
+            vit.decode(x, path);
+            fwd.decode(x);
+            bwd.decode(x);
+            ASSERT_EQ(want.v.size(), vit.m_tab.size());
+            ASSERT_EQ(want.f.size(), fwd.m_tab.size());
+            ASSERT_EQ(want.b.size(), bwd.m_tab.size());
+            for (int i = 0; i < L + 2; ++i)
+                for (int k = 0; k < S; ++k) {
+                    const std::size_t c = static_cast<std::size_t>(i) * S + k;
+                    const float f = k == fin && i < L ? kLogZero : want.f[c];
+                    ASSERT_EQ(want.v[c], vit.get_cell(i, k)) << "V " << i << " " << k;
+                    ASSERT_EQ(want.trace[c], vit.get_traceback(i, k)) << "trace " << i << " " << k;
+                    ASSERT_EQ(f, fwd.get_cell(i, k)) << "F " << i << " " << k;
+                    ASSERT_EQ(want.b[c], bwd.get_cell(i, k)) << "B " << i << " " << k;
+                }
+        }
+    }
+}
+
 TEST(HMMDecode, EmptySequenceEndsFromTheStartOnly) {
     QuietCerr quiet;
     HMM h(2);
@@ -291,6 +417,12 @@ TEST(HMMDecodeDeathTest, FatalTexts) {
          R"(HMMDecode\([0-9]+\): Log emission is > 0 at state 1 x_i 1 1)"},
         {"forward edge above 1", [](HMM& h) { h.add_transition(0, 1, 2.0f); }, "0", 1,
          R"(HMMDecode\([0-9]+\): Log prob > 0 at k = 0 to 1)"},
+        {"finish edge above 1, met in row 1 before an unset emission in row 2",
+         [](HMM& h) {
+             h.add_transition(1, 2, 2.0f);
+             h.m_states[1].m_log_emit[1] = 1.0f;
+         },
+         "01", 1, R"(HMMDecode\([0-9]+\): Log prob > 0 at k = 1 to 2)"},
         {"viterbi edge above 1", [](HMM& h) { h.add_transition(0, 1, 2.0f); }, "0", 0,
          R"(HMMDecode\([0-9]+\): positive log prob 0\.693147 v tab 0 adj 0\.693147)"},
         {"no path for the empty sequence", [](HMM&) {}, "", 0,
