@@ -64,9 +64,11 @@ int HMMDecodeBase::finish_state() const {
 
 void ViterbiDecode::size_tabs(const SymbolSequence& seq) {
     size_tab(seq);
-    if (m_trace.size() != m_tab.size()) {
+    m_trace_width = m_num_states < 255 ? 1 : m_num_states < 65535 ? 2 : 4;
+    const std::size_t bytes = m_tab.size() * static_cast<std::size_t>(m_trace_width);
+    if (m_trace.size() != bytes) {
         m_trace.clear();
-        m_trace.resize(m_tab.size());
+        m_trace.resize(bytes);
     }
     std::cerr << "reinit to length " << m_length << " states " << m_num_states << "\n";
 }
@@ -74,7 +76,7 @@ void ViterbiDecode::size_tabs(const SymbolSequence& seq) {
 void ViterbiDecode::reinit_tabs(const SymbolSequence& seq) {
     size_tabs(seq);
     std::fill(m_tab.begin(), m_tab.end(), kViterbiInit);
-    std::fill(m_trace.begin(), m_trace.end(), -1);
+    std::fill(m_trace.begin(), m_trace.end(), 0);
 }
 
 // The best candidate over the edges of [e, end) from `from_row`, the first strictly greater one
@@ -95,18 +97,16 @@ inline float ViterbiDecode::best_in(const Edge* e, const Edge* end, const float*
     return best;
 }
 
-float ViterbiDecode::decode(const SymbolSequence& seq, HMMPath& path) {
-    size_tabs(seq);
-    const int fin = finish_state();
+template <class T> void ViterbiDecode::fill_rows(const SymbolSequence& seq) {
     const int S = m_num_states;
     const int L = m_length;
     const std::vector<HMMState>& states = m_hmm.m_states;
-    flatten_edges(false);
+    T* const trace_tab = reinterpret_cast<T*>(m_trace.data());
     // Each row is set to the start values just before it is computed; rows 0 and L + 1 are not.
     auto start_row = [&](int i) {
         fill_row(i, kViterbiInit);
-        int* trace = m_trace.data() + static_cast<std::size_t>(i) * S;
-        std::fill(trace, trace + S, -1);
+        T* trace = trace_tab + static_cast<std::size_t>(i) * S;
+        std::fill(trace, trace + S, T(0));
     };
     start_row(0);
     start_row(L + 1);
@@ -116,21 +116,34 @@ float ViterbiDecode::decode(const SymbolSequence& seq, HMMPath& path) {
         start_row(i);
         const float* prev = row_ptr(i - 1);
         float* row = row_ptr(i);
-        int* trace = m_trace.data() + static_cast<std::size_t>(i) * S;
+        T* trace = trace_tab + static_cast<std::size_t>(i) * S;
         int from;
         for (int k : m_emitting) {
             const float best = best_in(edges_begin(k), edges_end(k), prev, from);
-            if (from >= 0)
-                trace[k] = from;
+            trace[k] = static_cast<T>(from + 1);
             row[k] = best + states[k].m_log_emit[x];
         }
         for (int k : m_silent) {
             const float best = best_in(edges_begin(k), edges_end(k), row, from);
-            if (from >= 0)
-                trace[k] = from;
+            trace[k] = static_cast<T>(from + 1);
             row[k] = best;
         }
     }
+}
+
+float ViterbiDecode::decode(const SymbolSequence& seq, HMMPath& path) {
+    size_tabs(seq);
+    const int fin = finish_state();
+    const int S = m_num_states;
+    const int L = m_length;
+    const std::vector<HMMState>& states = m_hmm.m_states;
+    flatten_edges(false);
+    if (m_trace_width == 1)
+        fill_rows<std::uint8_t>(seq);
+    else if (m_trace_width == 2)
+        fill_rows<std::uint16_t>(seq);
+    else
+        fill_rows<std::uint32_t>(seq);
 
     float best = kLogZero;
     int state = -1;
@@ -152,7 +165,7 @@ float ViterbiDecode::decode(const SymbolSequence& seq, HMMPath& path) {
     long steps = 0;
     const long max_steps = static_cast<long>(L + 1) * S;
     while (state != 0) {
-        const int back = state < 0 ? state : m_trace[static_cast<std::size_t>(row) * S + state];
+        const int back = state < 0 ? state : get_traceback(row, state);
         if (back < 0)
             VESK_FATAL(kSrc, "Negative traceback " << back);
         if (++steps > max_steps)

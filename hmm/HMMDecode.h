@@ -18,6 +18,7 @@
 #include "HMM.h"
 #include "SymbolSequence.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -94,14 +95,30 @@ public:
     // before the finish state) to `path`.
     float decode(const SymbolSequence& seq, HMMPath& path);
 
-    int get_traceback(int i, int k) const { return m_trace[static_cast<std::size_t>(i) * m_num_states + k]; }
-
-    std::vector<int, HMMTabAllocator<int>> m_trace;
+    // The traceback at row i and state k: the state the best path came from, -1 for none.
+    int get_traceback(int i, int k) const {
+        const std::size_t c = static_cast<std::size_t>(i) * m_num_states + k;
+        switch (m_trace_width) {
+        case 1:
+            return static_cast<int>(m_trace[c]) - 1;
+        case 2:
+            return static_cast<int>(reinterpret_cast<const std::uint16_t*>(m_trace.data())[c]) - 1;
+        default:
+            return static_cast<int>(reinterpret_cast<const std::uint32_t*>(m_trace.data())[c]) - 1;
+        }
+    }
 
 private:
+    // The traceback table holds state + 1 (0 for none) in the narrowest of 1, 2 or 4 bytes that
+    // holds the state count: on a small model it costs a quarter of the memory of ints, and at a
+    // million rows memory is most of the cost of a decode.
+    std::vector<unsigned char, HMMTabAllocator<unsigned char>> m_trace;
+    int m_trace_width = 4;
     std::vector<int> m_back_path;
     // Sizes both tables and prints the reinit line.
     void size_tabs(const SymbolSequence& seq);
+    // Rows 0 to L + 1 of both tables, the traceback stored as T.
+    template <class T> void fill_rows(const SymbolSequence& seq);
     // The best candidate over the edges [e, end) from the cells of `from_row`, the first strictly
     // greater one winning, and its source in `best_from` (-1 if none beats the log of zero).
     static float best_in(const Edge* e, const Edge* end, const float* from_row, int& best_from);

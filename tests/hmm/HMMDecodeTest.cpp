@@ -325,6 +325,31 @@ TEST(HMMDecode, TablesEqualPlainRecursionsCellByCell) {
     }
 }
 
+// The traceback table narrows with the state count: a path through the highest emitting id and a
+// silent state just below the finish, on models of 200, 300 and 70,000 states.
+TEST(HMMDecode, TracebackHoldsHighStateIds) {
+    QuietCerr quiet;
+    for (int n : {200, 300, 70000}) {
+        SCOPED_TRACE(n);
+        HMM h(2);
+        for (int k = 1; k < n - 1; ++k)
+            h.new_state(false);
+        const int e = h.new_state(false), s = h.new_state(true);
+        h.add_finish_state();
+        h.add_transition(0, 1, 0.5f);
+        h.add_transition(0, e, 0.5f);
+        h.add_transition(e, e, 0.5f);
+        h.add_transition(e, s, 0.5f);
+        h.add_transition(s, h.m_finish_state, 1.0f);
+        h.set_state_emission(e, 0, 1.0f);
+        h.set_state_emission(1, 0, 0.5f);
+        HMMPath path;
+        const float half = logf(0.5f);
+        EXPECT_EQ(half + half + half, ViterbiDecode(h).decode(digits("00"), path));
+        EXPECT_EQ((HMMPath{0, e, e, s}), path);
+    }
+}
+
 TEST(HMMDecode, EmptySequenceEndsFromTheStartOnly) {
     QuietCerr quiet;
     HMM h(2);
