@@ -69,9 +69,8 @@ public:
     long m_full_matches; // genes matched in full by the rules' widening steps, for measurement
 
 private:
-    // Per gene 1 when the index condition holds for it (indexed, a promoter of A, C, G, T only), -1
-    // when not, 0 until first asked.
-    std::vector<signed char> m_plain;
+    // Per gene 1 when its promoter holds A, C, G, T only, -1 when not, 0 until first asked.
+    std::vector<signed char> m_acgt;
     // Genes whose entries hold every window of the current pattern, valid while m_have_filter holds.
     ds_bitvec m_can_hold;
     ds_bitvec m_hold;
@@ -82,6 +81,7 @@ private:
     void build_filter();
     // The matcher's match(), or its empty state for a gene that cannot hold the pattern.
     bool match_gene(int g);
+    // Whether the index condition holds for a gene: indexed, and a promoter of A, C, G, T only.
     bool is_plain(int g);
     const ds_bitvec& candidates(const std::string& text);
     void gene_joins(int g);

@@ -53,7 +53,7 @@ AssocPatternHash<M, P, S>::AssocPatternHash(const DnaSeqGenomePromoters<S>& geno
         m_matchers.push_back(M(genome.get_promoter(g), &this->m_pattern));
     // A revert before any remember returns to this empty state.
     m_saved_matchers = m_matchers;
-    m_plain.assign(static_cast<std::size_t>(n), 0);
+    m_acgt.assign(static_cast<std::size_t>(n), 0);
 }
 
 template <class M, class P, class S> void AssocPatternHash<M, P, S>::build_filter() {
@@ -98,10 +98,12 @@ template <class M, class P, class S> void AssocPatternHash<M, P, S>::build_filte
 }
 
 template <class M, class P, class S> bool AssocPatternHash<M, P, S>::is_plain(int g) {
-    signed char& known = m_plain[static_cast<std::size_t>(g)];
-    if (known == 0)
-        known = has(m_kmers.get_genes(), g) && promoter_is_acgt(m_genome.get_promoter(g)) ? 1 : -1;
-    return known > 0;
+    if (!has(m_kmers.get_genes(), g))
+        return false;
+    signed char& acgt = m_acgt[static_cast<std::size_t>(g)];
+    if (acgt == 0)
+        acgt = promoter_is_acgt(m_genome.get_promoter(g)) ? 1 : -1;
+    return acgt > 0;
 }
 
 template <class M, class P, class S> bool AssocPatternHash<M, P, S>::match_gene(int g) {
