@@ -23,15 +23,15 @@
 // the pushed base), the set can differ from a fresh match; verify() detects that.
 //
 // Where the rules match a gene in full (match, extend_char, del_back, del_front and the genes a
-// widened window adds), a gene first passes a necessary condition drawn from the index: every
-// k-position window of the pattern, a position written as its base where it accepts exactly one and
-// as '*' otherwise, with at most the index's degeneracy limit of '*', must have the gene in its entry. A gene
-// that fails cannot hold the pattern, and its matcher is given the empty state that a full match would leave.
-// The rules' own lookups read one window, and none once it holds too many wildcards; this one reads them all,
-// so a widening edit scans few genes besides those in the set. The condition holds only for promoters of A,
-// C, G and T (a gene with another letter, or outside the index, always passes) and without mismatches (the
-// shortcut is off then). With m_fast false every such gene is matched in full: the same genes and
-// events, slower.
+// widened window adds), the gene first meets a necessary condition drawn from the index: write each
+// pattern position as its base where it accepts exactly one base and as '*' otherwise; every
+// k-position window with at most the index's degeneracy limit of '*' must have the gene in its entry.
+// A gene that fails cannot hold the pattern, and its matcher gets the empty state a full match would
+// leave, without the scan. The rules' own lookups read one window, and none once it holds too many
+// wildcards; this reads all of them. The condition is sound only for genes in the index whose
+// promoter holds A, C, G and T alone (others are always matched in full) and without mismatches (it
+// is off then). With m_fast false every such gene is matched in full: the same genes, events and
+// matchers, more work.
 template <class M, class P, class S> class AssocPatternHash : public AssocPatternBase<P> {
 public:
     AssocPatternHash(const DnaSeqGenomePromoters<S>& genome, KMerAggragator<DnaSequence>& kmers,
@@ -66,7 +66,7 @@ public:
     ds_bitvec m_allowed;
     bool m_trace;        // the quoted traces on std::cerr
     bool m_fast;         // the index condition before a full match (see above)
-    long m_full_matches; // genes matched in full by the rules' widening steps, for measurement
+    long m_full_matches; // genes the full-match steps above have scanned, for measurement
 
 private:
     // Per gene 1 when its promoter holds A, C, G, T only, -1 when not, 0 until first asked.
