@@ -84,6 +84,7 @@ int main(int argc, char** argv) {
     }
     int n_pat = 20, n_edits = 10000, n_genes = -1, max_deg = 1;
     unsigned seed = 5;
+    bool fast = true;
     for (int i = 5; i + 1 < argc; i += 2) {
         if (!std::strcmp(argv[i], "--patterns"))
             n_pat = std::stoi(argv[i + 1]);
@@ -93,6 +94,8 @@ int main(int argc, char** argv) {
             n_genes = std::stoi(argv[i + 1]);
         else if (!std::strcmp(argv[i], "--max-deg"))
             max_deg = std::stoi(argv[i + 1]);
+        else if (!std::strcmp(argv[i], "--plain"))
+            fast = std::stoi(argv[i + 1]) == 0;
         else if (!std::strcmp(argv[i], "--seed"))
             seed = static_cast<unsigned>(std::stoul(argv[i + 1]));
     }
@@ -164,15 +167,19 @@ int main(int argc, char** argv) {
 
     AssocPatternHashDense assoc(dense, index, genes, 6);
     assoc.m_trace = false;
+    assoc.m_fast = fast;
     std::string ere;
     Dna8MerPattern start;
     start.init_str(random_pattern(ere));
     t0 = cpu_now();
     const int rounds = 5;
+    long full_scans = 0;
     for (int i = 0; i < rounds; ++i) {
         AssocPatternHashDense fresh(dense, index, genes, 6);
         fresh.m_trace = false;
+        fresh.m_fast = fast;
         fresh.match(start);
+        full_scans += fresh.m_full_matches;
     }
     const double full = (cpu_now() - t0) / rounds;
     assoc.match(start);
@@ -183,6 +190,7 @@ int main(int argc, char** argv) {
                                    "change_to_range", "remember",   "revert",   "change_char"};
     double op_time[8] = {0};
     int op_count[8] = {0};
+    long op_scans[8] = {0};
     for (int i = 0; i < n_edits; ++i) {
         const int L = assoc.get_pattern().length();
         if (L > 12 || L < 6 || assoc.get_genes().on_bits() == 0 ||
@@ -194,6 +202,7 @@ int main(int argc, char** argv) {
         }
         const int op = static_cast<int>(rng() % 10);
         const DnaSeqDegChar c(static_cast<unsigned char>(1 + rng() % 15));
+        const long scans0 = assoc.m_full_matches;
         t0 = cpu_now();
         switch (op) {
         case 0:
@@ -223,16 +232,19 @@ int main(int argc, char** argv) {
         const double t = cpu_now() - t0;
         edits += t;
         op_time[op < 7 ? op : 7] += t;
+        op_scans[op < 7 ? op : 7] += assoc.m_full_matches - scans0;
         ++op_count[op < 7 ? op : 7];
         on += assoc.get_genes().on_bits();
     }
-    std::cout << "full match of one pattern to all genes\tcpu " << full << " s" << std::endl;
+    std::cout << "full match of one pattern to all genes\tcpu " << full << " s\tgenes matched in full "
+              << full_scans / rounds << std::endl;
     std::cout << n_edits << " incremental edits\tcpu " << edits << " s\tper edit " << edits / n_edits
               << " s\tfull / edit " << full / (edits / n_edits) << "\tmean genes " << on / double(n_edits)
               << std::endl;
     for (int o = 0; o < 8; ++o)
         if (op_count[o])
             std::cout << "  " << names[o] << "\t" << op_count[o] << "\tper edit " << op_time[o] / op_count[o]
-                      << " s\tfull / edit " << full / (op_time[o] / op_count[o]) << std::endl;
+                      << " s\tfull / edit " << full / (op_time[o] / op_count[o]) << "\tgenes matched in full "
+                      << double(op_scans[o]) / op_count[o] << std::endl;
     return 0;
 }

@@ -4,6 +4,7 @@
 #include "LogSpace.h"
 #include "error.h"
 
+#include <algorithm>
 #include <iostream>
 #include <iterator>
 
@@ -13,10 +14,20 @@ static constexpr char kSrc[] = "HMMDecode";
 // above a path through an impossible edge.
 static constexpr float kViterbiInit = -4.2535293e37f;
 
-void HMMDecodeBase::size_tab(const SymbolSequence& seq, float fill) {
+void HMMDecodeBase::size_tab(const SymbolSequence& seq) {
     m_num_states = m_hmm.num_states();
     m_length = static_cast<int>(seq.size());
-    m_tab.assign(static_cast<std::size_t>(m_length + 2) * m_num_states, fill);
+    const std::size_t n = static_cast<std::size_t>(m_length + 2) * m_num_states;
+    // Cleared first, so that a growing table is not copied over.
+    if (m_tab.size() != n) {
+        m_tab.clear();
+        m_tab.resize(n);
+    }
+}
+
+void HMMDecodeBase::fill_row(int i, float fill) {
+    float* row = row_ptr(i);
+    std::fill(row, row + m_num_states, fill);
 }
 
 void HMMDecodeBase::flatten_edges(bool out) {
@@ -51,54 +62,88 @@ int HMMDecodeBase::finish_state() const {
     return m_hmm.m_finish_state;
 }
 
-void ViterbiDecode::reinit_tabs(const SymbolSequence& seq) {
-    size_tab(seq, kViterbiInit);
-    m_trace.assign(m_tab.size(), -1);
+void ViterbiDecode::size_tabs(const SymbolSequence& seq) {
+    size_tab(seq);
+    m_trace_width = m_num_states < 255 ? 1 : m_num_states < 65535 ? 2 : 4;
+    const std::size_t bytes = m_tab.size() * static_cast<std::size_t>(m_trace_width);
+    if (m_trace.size() != bytes) {
+        m_trace.clear();
+        m_trace.resize(bytes);
+    }
     std::cerr << "reinit to length " << m_length << " states " << m_num_states << "\n";
 }
 
+void ViterbiDecode::reinit_tabs(const SymbolSequence& seq) {
+    size_tabs(seq);
+    std::fill(m_tab.begin(), m_tab.end(), kViterbiInit);
+    std::fill(m_trace.begin(), m_trace.end(), 0);
+}
+
+// The best candidate over the edges of [e, end) from `from_row`, the first strictly greater one
+// winning, and its source (-1 if none beats the log of zero).
+inline float ViterbiDecode::best_in(const Edge* e, const Edge* end, const float* from_row, int& best_from) {
+    float best = kLogZero;
+    best_from = -1;
+    for (; e != end; ++e) {
+        const float v = from_row[e->other];
+        const float cand = v + e->log_p;
+        if (cand > 0.0f)
+            VESK_FATAL(kSrc, "positive log prob " << cand << " v tab " << v << " adj " << e->log_p);
+        if (cand > best) {
+            best = cand;
+            best_from = e->other;
+        }
+    }
+    return best;
+}
+
+template <class T> void ViterbiDecode::fill_rows(const SymbolSequence& seq) {
+    const int S = m_num_states;
+    const int L = m_length;
+    const std::vector<HMMState>& states = m_hmm.m_states;
+    T* const trace_tab = reinterpret_cast<T*>(m_trace.data());
+    // Each row is set to the start values just before it is computed; rows 0 and L + 1 are not.
+    auto start_row = [&](int i) {
+        fill_row(i, kViterbiInit);
+        T* trace = trace_tab + static_cast<std::size_t>(i) * S;
+        std::fill(trace, trace + S, T(0));
+    };
+    start_row(0);
+    start_row(L + 1);
+    cell(0, 0) = 0.0f;
+    for (int i = 1; i <= L; ++i) {
+        const int x = symbol_at(seq, i - 1);
+        start_row(i);
+        const float* prev = row_ptr(i - 1);
+        float* row = row_ptr(i);
+        T* trace = trace_tab + static_cast<std::size_t>(i) * S;
+        int from;
+        for (int k : m_emitting) {
+            const float best = best_in(edges_begin(k), edges_end(k), prev, from);
+            trace[k] = static_cast<T>(from + 1);
+            row[k] = best + states[k].m_log_emit[x];
+        }
+        for (int k : m_silent) {
+            const float best = best_in(edges_begin(k), edges_end(k), row, from);
+            trace[k] = static_cast<T>(from + 1);
+            row[k] = best;
+        }
+    }
+}
+
 float ViterbiDecode::decode(const SymbolSequence& seq, HMMPath& path) {
-    reinit_tabs(seq);
+    size_tabs(seq);
     const int fin = finish_state();
     const int S = m_num_states;
     const int L = m_length;
     const std::vector<HMMState>& states = m_hmm.m_states;
     flatten_edges(false);
-    cell(0, 0) = 0.0f;
-    for (int i = 1; i <= L; ++i) {
-        const int x = symbol_at(seq, i - 1);
-        const float* prev = &m_tab[static_cast<std::size_t>(i - 1) * S];
-        float* row = &m_tab[static_cast<std::size_t>(i) * S];
-        int* trace = &m_trace[static_cast<std::size_t>(i) * S];
-        for (int k : m_emitting) {
-            float best = kLogZero;
-            for (const Edge* e = edges_begin(k); e != edges_end(k); ++e) {
-                const float cand = prev[e->other] + e->log_p;
-                if (cand > 0.0f)
-                    VESK_FATAL(kSrc, "positive log prob " << cand << " v tab " << prev[e->other] << " adj "
-                                                          << e->log_p);
-                if (cand > best) {
-                    best = cand;
-                    trace[k] = e->other;
-                }
-            }
-            row[k] = best + states[k].m_log_emit[x];
-        }
-        for (int k : m_silent) {
-            float best = kLogZero;
-            for (const Edge* e = edges_begin(k); e != edges_end(k); ++e) {
-                const float cand = row[e->other] + e->log_p;
-                if (cand > 0.0f)
-                    VESK_FATAL(kSrc, "positive log prob " << cand << " v tab " << row[e->other] << " adj "
-                                                          << e->log_p);
-                if (cand > best) {
-                    best = cand;
-                    trace[k] = e->other;
-                }
-            }
-            row[k] = best;
-        }
-    }
+    if (m_trace_width == 1)
+        fill_rows<std::uint8_t>(seq);
+    else if (m_trace_width == 2)
+        fill_rows<std::uint16_t>(seq);
+    else
+        fill_rows<std::uint32_t>(seq);
 
     float best = kLogZero;
     int state = -1;
@@ -120,7 +165,7 @@ float ViterbiDecode::decode(const SymbolSequence& seq, HMMPath& path) {
     long steps = 0;
     const long max_steps = static_cast<long>(L + 1) * S;
     while (state != 0) {
-        const int back = state < 0 ? state : m_trace[static_cast<std::size_t>(row) * S + state];
+        const int back = state < 0 ? state : get_traceback(row, state);
         if (back < 0)
             VESK_FATAL(kSrc, "Negative traceback " << back);
         if (++steps > max_steps)
@@ -161,15 +206,27 @@ static char* count_up(char* begin, char* end) {
     return begin;
 }
 
-void ForwardDecode::reinit_tabs(const SymbolSequence& seq) { size_tab(seq, kLogZero); }
+void ForwardDecode::reinit_tabs(const SymbolSequence& seq) {
+    size_tab(seq);
+    std::fill(m_tab.begin(), m_tab.end(), kLogZero);
+}
 
 float ForwardDecode::decode(const SymbolSequence& seq) {
-    reinit_tabs(seq);
+    size_tab(seq);
     const int fin = finish_state();
-    const int S = m_num_states;
     const int L = m_length;
     const std::vector<HMMState>& states = m_hmm.m_states;
     flatten_edges(false);
+    bool fin_last_row_only = m_hmm.m_adj[static_cast<std::size_t>(fin)].empty();
+    for (const Edge* e = edges_begin(fin); e != edges_end(fin); ++e)
+        if (e->log_p > 0.0f)
+            fin_last_row_only = false;
+    m_silent_before_last.clear();
+    for (int k : m_silent)
+        if (k != fin || !fin_last_row_only)
+            m_silent_before_last.push_back(k);
+    fill_row(0, kLogZero);
+    fill_row(L + 1, kLogZero);
     // The rows' trace is gathered here and written at the end in one go.
     m_trace_buf.resize(static_cast<std::size_t>(L) * 16);
     char* trace_out = &m_trace_buf[0];
@@ -181,8 +238,9 @@ float ForwardDecode::decode(const SymbolSequence& seq) {
         trace_out = write_row_trace(trace_out, number_begin, number_end);
         number_begin = count_up(number_begin, number_end);
         const int x = symbol_at(seq, i - 1);
-        const float* prev = &m_tab[static_cast<std::size_t>(i - 1) * S];
-        float* row = &m_tab[static_cast<std::size_t>(i) * S];
+        fill_row(i, kLogZero);
+        const float* prev = row_ptr(i - 1);
+        float* row = row_ptr(i);
         for (int k : m_emitting) {
             float acc = kLogZero;
             for (const Edge* e = edges_begin(k); e != edges_end(k); ++e) {
@@ -195,7 +253,7 @@ float ForwardDecode::decode(const SymbolSequence& seq) {
                 VESK_FATAL(kSrc, "Log emission is > 0 at state " << k << " x_i " << x << " " << le);
             row[k] = acc + le;
         }
-        for (int k : m_silent) {
+        for (int k : i < L ? m_silent_before_last : m_silent) {
             float acc = kLogZero;
             for (const Edge* e = edges_begin(k); e != edges_end(k); ++e) {
                 if (e->log_p > 0.0f)
@@ -214,15 +272,20 @@ float ForwardDecode::decode(const SymbolSequence& seq) {
     return total;
 }
 
-void BackwardDecode::reinit_tabs(const SymbolSequence& seq) { size_tab(seq, kLogZero); }
+void BackwardDecode::reinit_tabs(const SymbolSequence& seq) {
+    size_tab(seq);
+    std::fill(m_tab.begin(), m_tab.end(), kLogZero);
+}
 
 float BackwardDecode::decode(const SymbolSequence& seq) {
-    reinit_tabs(seq);
+    size_tab(seq);
     const int fin = finish_state();
     const int S = m_num_states;
     const int L = m_length;
     const std::vector<HMMState>& states = m_hmm.m_states;
     flatten_edges(true);
+    fill_row(L + 1, kLogZero);
+    fill_row(L, kLogZero);
     cell(L + 1, fin) = 0.0f;
     cell(L, fin) = 0.0f;
     for (const HMMAdjacency& a : m_hmm.m_back_adj[fin])
@@ -251,7 +314,8 @@ float BackwardDecode::decode(const SymbolSequence& seq) {
 
     for (int i = L - 1; i >= 0; --i) {
         const int x = symbol_at(seq, i);
-        float* row = &m_tab[static_cast<std::size_t>(i) * S];
+        fill_row(i, kLogZero);
+        float* row = row_ptr(i);
         for (int k = S - 2; k >= 1; --k) {
             if (!states[k].m_active)
                 continue;

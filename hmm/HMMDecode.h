@@ -18,11 +18,29 @@
 #include "HMM.h"
 #include "SymbolSequence.h"
 
+#include <cstdint>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
+
+// An allocator whose value-less construct leaves a number uninitialised: a table that is about to be
+// written row by row is not first filled with zeros.
+template <class T> struct HMMTabAllocator : std::allocator<T> {
+    template <class U> struct rebind { typedef HMMTabAllocator<U> other; };
+    HMMTabAllocator() = default;
+    template <class U> HMMTabAllocator(const HMMTabAllocator<U>&) {}
+    template <class U> void construct(U* p) { ::new (static_cast<void*>(p)) U; }
+    template <class U, class... Args> void construct(U* p, Args&&... args) {
+        ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...);
+    }
+};
 
 // Common part: the model, the state count of the last decode and the table of (L + 2) rows of one
 // cell per state, the cell of row i and state k at i * S + k.
+//
+// decode() fills each row with the start value just before computing it, rather than the whole table
+// first: the same table, with one pass over memory instead of two.
 class HMMDecodeBase {
 public:
     explicit HMMDecodeBase(const HMM& hmm) : m_hmm(hmm), m_num_states(0), m_length(0) {}
@@ -34,7 +52,7 @@ public:
     const HMM& m_hmm;
     int m_num_states;
     int m_length;
-    std::vector<float> m_tab;
+    std::vector<float, HMMTabAllocator<float>> m_tab;
 
 protected:
     // One edge as the recursions walk it: the other end and the log probability.
@@ -56,8 +74,11 @@ protected:
     std::vector<char> m_is_silent;
 
     float& cell(int i, int k) { return m_tab[static_cast<std::size_t>(i) * m_num_states + k]; }
-    // Re-reads the state count and sizes the table for `seq`, filled with `fill`.
-    void size_tab(const SymbolSequence& seq, float fill);
+    float* row_ptr(int i) { return m_tab.data() + static_cast<std::size_t>(i) * m_num_states; }
+    // Re-reads the state count and sizes the table for `seq`, its cells left as they are.
+    void size_tab(const SymbolSequence& seq);
+    // Sets every cell of row i to `fill`.
+    void fill_row(int i, float fill);
     // The code at position i (0-based); fatal when it is outside the model's alphabet.
     int symbol_at(const SymbolSequence& seq, int i) const;
     // The finish state; fatal when the model has none.
@@ -74,12 +95,33 @@ public:
     // before the finish state) to `path`.
     float decode(const SymbolSequence& seq, HMMPath& path);
 
-    int get_traceback(int i, int k) const { return m_trace[static_cast<std::size_t>(i) * m_num_states + k]; }
-
-    std::vector<int> m_trace;
+    // The traceback at row i and state k: the state the best path came from, -1 for none.
+    int get_traceback(int i, int k) const {
+        const std::size_t c = static_cast<std::size_t>(i) * m_num_states + k;
+        switch (m_trace_width) {
+        case 1:
+            return static_cast<int>(m_trace[c]) - 1;
+        case 2:
+            return static_cast<int>(reinterpret_cast<const std::uint16_t*>(m_trace.data())[c]) - 1;
+        default:
+            return static_cast<int>(reinterpret_cast<const std::uint32_t*>(m_trace.data())[c]) - 1;
+        }
+    }
 
 private:
+    // The traceback table holds state + 1 (0 for none) in the narrowest of 1, 2 or 4 bytes that
+    // holds the state count: on a small model it costs a quarter of the memory of ints, and at a
+    // million rows memory is most of the cost of a decode.
+    std::vector<unsigned char, HMMTabAllocator<unsigned char>> m_trace;
+    int m_trace_width = 4;
     std::vector<int> m_back_path;
+    // Sizes both tables and prints the reinit line.
+    void size_tabs(const SymbolSequence& seq);
+    // Rows 0 to L + 1 of both tables, the traceback stored as T.
+    template <class T> void fill_rows(const SymbolSequence& seq);
+    // The best candidate over the edges [e, end) from the cells of `from_row`, the first strictly
+    // greater one winning, and its source in `best_from` (-1 if none beats the log of zero).
+    static float best_in(const Edge* e, const Edge* end, const float* from_row, int& best_from);
 };
 
 class ForwardDecode : public HMMDecodeBase {
@@ -88,10 +130,16 @@ public:
 
     void reinit_tabs(const SymbolSequence& seq);
     // The total log likelihood of `seq`. The per-row trace goes to the error stream in one write.
+    //
+    // The total reads the finish state's predecessors only. When the finish state has no out-edge
+    // (and no in-edge above probability 1, which is fatal in row 1), no cell reads its cell either,
+    // so it is computed in row L alone: in rows 0 to L - 1 it keeps the log of zero. That spares a
+    // log-sum per row and in-edge, most of the work on a small model.
     float decode(const SymbolSequence& seq);
 
 private:
     std::string m_trace_buf;
+    std::vector<int> m_silent_before_last; // m_silent less a finish state computed in row L only
 };
 
 class BackwardDecode : public HMMDecodeBase {

@@ -21,6 +21,17 @@
 // rules are those of the matchers (SeqIncrementMatch.h): after a pushed wildcard (no matcher is
 // called) or a push_front on the dense pattern (the pattern takes a full wildcard, the matchers test
 // the pushed base), the set can differ from a fresh match; verify() detects that.
+//
+// Where the rules match a gene in full (match, extend_char, del_back, del_front and the genes a
+// widened window adds), the gene first meets a necessary condition drawn from the index: write each
+// pattern position as its base where it accepts exactly one base and as '*' otherwise; every
+// k-position window with at most the index's degeneracy limit of '*' must have the gene in its entry.
+// A gene that fails cannot hold the pattern, and its matcher gets the empty state a full match would
+// leave, without the scan. The rules' own lookups read one window, and none once it holds too many
+// wildcards; this reads all of them. The condition is sound only for genes in the index whose
+// promoter holds A, C, G and T alone (others are always matched in full) and without mismatches (it
+// is off then). With m_fast false every such gene is matched in full: the same genes, events and
+// matchers, more work.
 template <class M, class P, class S> class AssocPatternHash : public AssocPatternBase<P> {
 public:
     AssocPatternHash(const DnaSeqGenomePromoters<S>& genome, KMerAggragator<DnaSequence>& kmers,
@@ -53,9 +64,25 @@ public:
     std::vector<M> m_saved_matchers;
     std::string m_scratch;
     ds_bitvec m_allowed;
-    bool m_trace; // the quoted traces on std::cerr
+    bool m_trace;        // the quoted traces on std::cerr
+    bool m_fast;         // the index condition before a full match (see above)
+    long m_full_matches; // genes the full-match steps above have scanned, for measurement
 
 private:
+    // Per gene 1 when its promoter holds A, C, G, T only, -1 when not, 0 until first asked.
+    std::vector<signed char> m_acgt;
+    // Genes whose entries hold every window of the current pattern, valid while m_have_filter holds.
+    ds_bitvec m_can_hold;
+    ds_bitvec m_hold;
+    bool m_have_filter;
+    std::string m_letters;
+    std::string m_window;
+    // Sets m_can_hold for the current pattern (m_have_filter false where no window gives a condition).
+    void build_filter();
+    // The matcher's match(), or its empty state for a gene that cannot hold the pattern.
+    bool match_gene(int g);
+    // Whether the index condition holds for a gene: indexed, and a promoter of A, C, G, T only.
+    bool is_plain(int g);
     const ds_bitvec& candidates(const std::string& text);
     void gene_joins(int g);
     void gene_leaves(int g);

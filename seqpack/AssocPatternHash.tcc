@@ -3,13 +3,46 @@
 #define VESK_SEQPACK_ASSOCPATTERNHASH_TCC
 #include "error.h"
 
+#include <algorithm>
 #include <iostream>
+
+// Whether every base of a promoter is one of A, C, G, T: a dense word of such bases has one bit in
+// each nibble (all nibbles non-zero, and no borrow crosses a nibble when each loses one).
+inline bool promoter_is_acgt(const DnaDenseSequence& s) {
+    typedef DnaDegChar8Mer::word_type word_t;
+    const word_t ones = static_cast<word_t>(0x1111111111111111ULL);
+    const int full = s.get_length() / 8;
+    for (int w = 0; w < full; ++w) {
+        const word_t x = s.m_words[static_cast<std::size_t>(w)].m_word;
+        if (((x | x >> 1 | x >> 2 | x >> 3) & ones) != ones || (x & (x - ones)) != 0)
+            return false;
+    }
+    for (int i = full * 8; i < s.get_length(); ++i) {
+        const int v = s.get_value(i);
+        if (v != DnaSeqChar::A && v != DnaSeqChar::C && v != DnaSeqChar::G && v != DnaSeqChar::T)
+            return false;
+    }
+    return true;
+}
+inline bool promoter_is_acgt(const DnaSequence& s) {
+    return s.find_first_not_of("ACGT") == std::string::npos;
+}
+
+// The bases a pattern position accepts: for the dense pattern the union over its eight versions.
+inline int accepted_bases(const Dna8MerPattern& p, int pos) {
+    int acc = 0;
+    for (int phase = 0; phase < 8; ++phase)
+        acc |= ~p.get_nibble(phase, pos) & 15;
+    return acc;
+}
+inline int accepted_bases(const DnaSeqPattern& p, int pos) { return p.get_deg_char(pos).m_val & 15; }
 
 template <class M, class P, class S>
 AssocPatternHash<M, P, S>::AssocPatternHash(const DnaSeqGenomePromoters<S>& genome,
                                             KMerAggragator<DnaSequence>& kmers, const ds_bitvec& allowed,
                                             int k)
-    : m_genome(genome), m_kmers(kmers), m_kmer_len(k), m_allowed(allowed), m_trace(true) {
+    : m_genome(genome), m_kmers(kmers), m_kmer_len(k), m_allowed(allowed), m_trace(true), m_fast(true),
+      m_full_matches(0), m_have_filter(false) {
     const int n = genome.id_space_size();
     this->m_genes.set_size(n);
     this->m_genes.clear();
@@ -20,6 +53,65 @@ AssocPatternHash<M, P, S>::AssocPatternHash(const DnaSeqGenomePromoters<S>& geno
         m_matchers.push_back(M(genome.get_promoter(g), &this->m_pattern));
     // A revert before any remember returns to this empty state.
     m_saved_matchers = m_matchers;
+    m_acgt.assign(static_cast<std::size_t>(n), 0);
+}
+
+template <class M, class P, class S> void AssocPatternHash<M, P, S>::build_filter() {
+    m_have_filter = false;
+    const int len = this->m_pattern.length();
+    const int k = m_kmers.m_k;
+    if (!m_fast || this->m_pattern.m_mismatches != 0 || m_kmers.m_min_gap != 0 || m_kmers.m_max_gap != 0 ||
+        k <= 0 || len < k)
+        return;
+    // Each position as the index writes it: its base where it accepts exactly one, '*' otherwise.
+    m_letters.assign(static_cast<std::size_t>(len), '*');
+    for (int i = 0; i < len; ++i) {
+        switch (accepted_bases(this->m_pattern, i)) {
+        case DnaSeqChar::A:
+            m_letters[static_cast<std::size_t>(i)] = 'A';
+            break;
+        case DnaSeqChar::C:
+            m_letters[static_cast<std::size_t>(i)] = 'C';
+            break;
+        case DnaSeqChar::G:
+            m_letters[static_cast<std::size_t>(i)] = 'G';
+            break;
+        case DnaSeqChar::T:
+            m_letters[static_cast<std::size_t>(i)] = 'T';
+            break;
+        default:
+            break;
+        }
+    }
+    for (int i = 0; i + k <= len; ++i) {
+        m_window.assign(m_letters, static_cast<std::size_t>(i), static_cast<std::size_t>(k));
+        if (static_cast<int>(std::count(m_window.begin(), m_window.end(), '*')) > m_kmers.m_max_deg)
+            continue;
+        m_hold = m_kmers.get_pat_fp(m_window);
+        m_hold.set_size(this->m_genes.size());
+        if (m_have_filter)
+            m_can_hold.andeq(m_hold);
+        else
+            m_can_hold = m_hold;
+        m_have_filter = true;
+    }
+}
+
+template <class M, class P, class S> bool AssocPatternHash<M, P, S>::is_plain(int g) {
+    if (!has(m_kmers.get_genes(), g))
+        return false;
+    signed char& acgt = m_acgt[static_cast<std::size_t>(g)];
+    if (acgt == 0)
+        acgt = promoter_is_acgt(m_genome.get_promoter(g)) ? 1 : -1;
+    return acgt > 0;
+}
+
+template <class M, class P, class S> bool AssocPatternHash<M, P, S>::match_gene(int g) {
+    M& m = m_matchers[static_cast<std::size_t>(g)];
+    if (m_have_filter && !m_can_hold.get_ind(g) && is_plain(g))
+        return m.set_no_match();
+    ++m_full_matches;
+    return m.match();
 }
 
 template <class M, class P, class S>
@@ -44,8 +136,7 @@ template <class M, class P, class S> void AssocPatternHash<M, P, S>::gene_leaves
 template <class M, class P, class S> void AssocPatternHash<M, P, S>::add_candidates(const ds_bitvec& cand) {
     const int n = this->m_genes.size();
     for (int g = 0; g < n; ++g)
-        if (has(cand, g) && m_allowed.get_ind(g) && !this->m_genes.get_ind(g) &&
-            m_matchers[static_cast<std::size_t>(g)].match())
+        if (has(cand, g) && m_allowed.get_ind(g) && !this->m_genes.get_ind(g) && match_gene(g))
             gene_joins(g);
 }
 
@@ -62,9 +153,10 @@ template <class M, class P, class S> bool AssocPatternHash<M, P, S>::match(const
         if (m_trace)
             std::cerr << "APH genes size " << cand->on_bits() << std::endl;
     }
+    build_filter();
     const int n = this->m_genes.size();
     for (int g = 0; g < n; ++g)
-        if (m_allowed.get_ind(g) && has(*cand, g) && m_matchers[static_cast<std::size_t>(g)].match())
+        if (m_allowed.get_ind(g) && has(*cand, g) && match_gene(g))
             gene_joins(g);
     if (m_trace)
         std::cerr << "APH Final on bits " << this->m_genes.on_bits() << std::endl;
@@ -120,10 +212,10 @@ template <class M, class P, class S> void AssocPatternHash<M, P, S>::extend_char
     this->m_pattern.get_kernel_substr(pos, c, m_scratch, m_kmer_len);
     const ds_bitvec& cand = candidates(m_scratch);
     this->m_pattern.add_deg_char(pos, c);
+    build_filter();
     const int n = this->m_genes.size();
     for (int g = 0; g < n; ++g)
-        if (has(cand, g) && m_allowed.get_ind(g) && m_matchers[static_cast<std::size_t>(g)].match() &&
-            !this->m_genes.get_ind(g))
+        if (has(cand, g) && m_allowed.get_ind(g) && match_gene(g) && !this->m_genes.get_ind(g))
             gene_joins(g);
 }
 
@@ -148,9 +240,11 @@ template <class M, class P, class S> void AssocPatternHash<M, P, S>::del_back() 
     const DnaSeqDegChar removed = this->m_pattern.pop_back();
     if ((removed.m_val & 15) == 15)
         return;
+    // The matchers' incremental_pop_back is a full match.
+    build_filter();
     const int n = this->m_genes.size();
     for (int g = 0; g < n; ++g)
-        if (this->m_genes.get_ind(g) && !m_matchers[static_cast<std::size_t>(g)].incremental_pop_back())
+        if (this->m_genes.get_ind(g) && !match_gene(g))
             gene_leaves(g);
     this->m_pattern.get_suffix(m_scratch, m_kmer_len);
     add_candidates(candidates(m_scratch));
@@ -160,9 +254,11 @@ template <class M, class P, class S> void AssocPatternHash<M, P, S>::del_front()
     const DnaSeqDegChar removed = this->m_pattern.pop_front();
     if ((removed.m_val & 15) == 15)
         return;
+    // The matchers' incremental_pop_front is a full match.
+    build_filter();
     const int n = this->m_genes.size();
     for (int g = 0; g < n; ++g)
-        if (this->m_genes.get_ind(g) && !m_matchers[static_cast<std::size_t>(g)].incremental_pop_front())
+        if (this->m_genes.get_ind(g) && !match_gene(g))
             gene_leaves(g);
     this->m_pattern.get_prefix(m_scratch, m_kmer_len);
     if (!m_scratch.empty())
@@ -179,6 +275,7 @@ template <class M, class P, class S> void AssocPatternHash<M, P, S>::change_to_r
             gene_leaves(g);
     if (static_cast<unsigned>(to) > static_cast<unsigned>(old)) {
         this->m_pattern.get_prefix(m_scratch, m_kmer_len);
+        build_filter();
         add_candidates(candidates(m_scratch));
     }
 }
@@ -192,6 +289,7 @@ template <class M, class P, class S> void AssocPatternHash<M, P, S>::change_from
             gene_leaves(g);
     if (from < old) {
         this->m_pattern.get_prefix(m_scratch, m_kmer_len);
+        build_filter();
         add_candidates(candidates(m_scratch));
     }
 }

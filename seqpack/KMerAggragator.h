@@ -39,6 +39,8 @@ public:
 
     const VarUniverse& get_univ() const { return m_universe; }
     const DnaSeqGenomePromoters<S>& get_genome() const { return m_genome; }
+    // The genes taking part in the walk.
+    const ds_bitvec& get_genes() const { return m_all_genes; }
     // Only listed texts are entered while a restriction is set.
     void set_restrict(const std::set<std::string>& only) {
         m_restrict = true;

@@ -29,6 +29,12 @@ public:
         : m_seq(&seq), m_pat(pat), m_have_positions(false), m_min_len(4) {}
 
     bool match();
+    // The state match() leaves where the pattern fits nowhere, for a caller that knows it does not.
+    bool set_no_match() {
+        m_matches.clear();
+        m_have_positions = m_pat->length() >= m_min_len;
+        return false;
+    }
     bool incremental_push_back(DnaSeqDegChar c);
     bool incremental_push_back(DnaSeqChar c) { return incremental_push_back(DnaSeqDegChar(c.m_val)); }
     bool incremental_push_front(DnaSeqDegChar c);

@@ -8,8 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 namespace {
 // Genes with random promoters of one length (a few N), read from FASTA into both forms, and an index
@@ -42,6 +45,13 @@ struct PatWorld {
         dense.read_fasta(len, univ, f2, false, false);
         index.init(6, 3, 0, 0, allowed, 0, -1);
     }
+    // The index again, without every `every`-th gene.
+    void index_without_every(int every) {
+        ds_bitvec genes = allowed;
+        for (int g = 0; g < allowed.size(); g += every)
+            genes.clr_ind(g);
+        index.init(6, 3, 0, 0, genes, 0, -1);
+    }
 };
 
 // Follows events 0, 1 and 3 into its own set, and empties it on 5 (a new pattern).
@@ -57,8 +67,10 @@ struct GeneListener {
         for (int e : {0, 1, 3, 4, 5})
             hash.get_dispatch().subscribe(e, makeFunctor((CBFunctor1<int>*)0, *this, &GeneListener::on));
     }
+    std::vector<std::pair<int, int>> log; // every event with the gene it names
     void on(int e) {
         ++events;
+        log.emplace_back(e, e <= 1 ? cur() : -1);
         if (e == 0)
             genes.set_ind(cur());
         else if (e == 1)
@@ -112,8 +124,12 @@ TYPED_TEST(AssocPatternHashRandomTest, RandomEditsFollowTheIncrementalRules) {
     std::mt19937 rng(seed);
     const int n = 200;
     PatWorld w(n, 64, seed);
-    typename B::Hash hash(B::genome(w), w.index, w.allowed, 6);
-    hash.m_trace = false;
+    w.index_without_every(17);
+    // A second hash without the index condition must send the same events and keep every matcher alike.
+    typename B::Hash hash(B::genome(w), w.index, w.allowed, 6), plain(B::genome(w), w.index, w.allowed, 6);
+    typename B::Hash* const both[] = {&hash, &plain};
+    hash.m_trace = plain.m_trace = false;
+    plain.m_fast = false;
 
     HashModel model;
     model.index = &w.index;
@@ -124,8 +140,9 @@ TYPED_TEST(AssocPatternHashRandomTest, RandomEditsFollowTheIncrementalRules) {
     }
     model.starts.resize(n);
 
-    GeneListener lis;
+    GeneListener lis, plain_lis;
     lis.attach(hash);
+    plain_lis.attach(plain);
 
     HashModel saved = model;
     int matched_steps = 0, empty_run = 0;
@@ -153,46 +170,56 @@ TYPED_TEST(AssocPatternHashRandomTest, RandomEditsFollowTheIncrementalRules) {
             m.leaks.clear(); // read from text: four-bit complements
             m.mm = p.m_mismatches;
             m.to = p.m_to_range;
-            hash.match(p);
+            for (auto* h : both)
+                h->match(p);
             model.match(m);
             what = "match " + text;
         } else if (op < 20) {
-            hash.push_back(DnaSeqDegChar(static_cast<unsigned char>(c)));
+            for (auto* h : both)
+                h->push_back(DnaSeqDegChar(static_cast<unsigned char>(c)));
             model.push(true, c);
             what = "push_back";
         } else if (op < 35) {
-            hash.push_front(DnaSeqDegChar(static_cast<unsigned char>(c)));
+            for (auto* h : both)
+                h->push_front(DnaSeqDegChar(static_cast<unsigned char>(c)));
             model.push(false, c);
             what = "push_front";
         } else if (op < 60) {
             const int pos = static_cast<int>(rng() % L);
-            hash.change_char(pos, DnaSeqDegChar(static_cast<unsigned char>(c)));
+            for (auto* h : both)
+                h->change_char(pos, DnaSeqDegChar(static_cast<unsigned char>(c)));
             model.change_char(pos, c);
             what = "change_char " + std::to_string(pos);
         } else if (op < 68) {
-            hash.del_back();
+            for (auto* h : both)
+                h->del_back();
             model.del(true);
             what = "del_back";
         } else if (op < 76) {
-            hash.del_front();
+            for (auto* h : both)
+                h->del_front();
             model.del(false);
             what = "del_front";
         } else if (op < 84) {
             const int to = rng() % 4 == 0 ? -1 : 10 + static_cast<int>(rng() % 60);
-            hash.change_to_range(to);
+            for (auto* h : both)
+                h->change_to_range(to);
             model.window(true, to);
             what = "to " + std::to_string(to);
         } else if (op < 90) {
             const int from = static_cast<int>(rng() % 30);
-            hash.change_from_range(from);
+            for (auto* h : both)
+                h->change_from_range(from);
             model.window(false, from);
             what = "from " + std::to_string(from);
         } else if (op < 95) {
-            hash.remember();
+            for (auto* h : both)
+                h->remember();
             saved = model;
             what = "remember";
         } else {
-            hash.revert();
+            for (auto* h : both)
+                h->revert();
             model = saved;
             what = "revert";
         }
@@ -202,17 +229,25 @@ TYPED_TEST(AssocPatternHashRandomTest, RandomEditsFollowTheIncrementalRules) {
             expect.set_ind(g);
         ASSERT_EQ(hash.get_genes(), expect);
         ASSERT_EQ(lis.genes, expect);
+        ASSERT_EQ(plain_lis.log, lis.log);
         matched_steps += expect.on_bits() > 0;
         empty_run = expect.on_bits() > 0 ? 0 : empty_run + 1;
         if (step % 7 == 0) {
-            for (int g = 0; g < n; g += 3)
-                ASSERT_EQ(hash.get_pattern().match(B::genome(w).get_promoter(g)),
-                          !model.seqs[g].starts(model.pat).empty())
-                    << "gene " << g;
+            for (int g = 0; g < n; ++g) {
+                ASSERT_EQ(plain.get_matcher(g).has_positions(), hash.get_matcher(g).has_positions()) << g;
+                ASSERT_EQ(plain.get_matcher(g).positions(), hash.get_matcher(g).positions()) << g;
+                if (g % 3 == 0) {
+                    ASSERT_EQ(hash.get_pattern().match(B::genome(w).get_promoter(g)),
+                              !model.seqs[g].starts(model.pat).empty())
+                        << "gene " << g;
+                }
+            }
         }
     }
-    // The walk must have spent most of its time on patterns that match something.
+    // The walk must have spent most of its time on patterns that match something, and the index
+    // condition must have spared full matches.
     EXPECT_GT(matched_steps, 1500);
+    EXPECT_LT(hash.m_full_matches, plain.m_full_matches);
 }
 
 // Four promoters built by hand, 40 letters each, and a hash matched to a pattern.

@@ -40,8 +40,16 @@ TEST(LogSpace, ShortcutEqualsPlainFormula) {
         const float lo = x > y ? y : x;
         return hi + logf(1.0f + expf(lo - hi));
     };
-    const float his[] = {0.0f, -0.0f, -1.5f, -1000.25f, -3.0e37f};
+    // Around 2^24 and 2^25 in magnitude adding log 2 still moves a float or no longer does.
+    const float his[] = {0.0f,         -0.0f,       -1.5f,          -1000.25f,    -3.0e37f,
+                         -16777216.0f, -16777218.f, -33554428.0f,   -33554432.0f, -33554436.0f,
+                         16777216.0f,  33554432.0f, -4.2535293e37f, kLogZero};
     for (float hi : his) {
+        float near = hi;
+        for (int step = 0; step < 8; ++step, near = std::nextafter(near, -INFINITY)) {
+            EXPECT_EQ(plain(hi, near), log_sum(hi, near)) << hi << " " << near;
+            EXPECT_EQ(plain(near, hi), log_sum(near, hi)) << hi << " " << near;
+        }
         for (float d = -40.0f; d <= 0.0f; d += 0.03125f) {
             const float lo = hi + d;
             EXPECT_EQ(plain(hi, lo), log_sum(hi, lo)) << hi << " " << d;
