@@ -80,12 +80,12 @@ inline int count_in_range(const std::vector<int>& degrees, int lo, int hi) {
 
 // Expected number of genes whose (thinned) neighbourhood holds one given key of `key_size`
 // condition nodes, when each of `cond_nodes` condition nodes is equally likely: a gene of degree d
-// keeps m = min(d, max_neig) of them, and holds the key with probability
+// keeps m = min(d, max_neig, cond_nodes) of them, and holds the key with probability
 // m (m-1) ... (m-k+1) / (N (N-1) ... (N-k+1)).
 inline double chance_key_count(const std::vector<int>& degrees, int max_neig, int cond_nodes, int key_size) {
     double total = 0.0;
     for (int d : degrees) {
-        const int m = std::min(d, max_neig);
+        const int m = std::min(std::min(d, max_neig), cond_nodes);
         double p = 1.0;
         for (int j = 0; j < key_size; ++j)
             p *= (m - j <= 0 || cond_nodes - j <= 0) ? 0.0 : static_cast<double>(m - j) / (cond_nodes - j);

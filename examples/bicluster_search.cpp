@@ -21,6 +21,7 @@
 #include "options.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -44,7 +45,8 @@ namespace {
 constexpr int kMinHashable = 5;
 
 // An optional scalar key: its text, or `fallback` when the store lacks it.
-std::string opt_text(options& opts, const std::string& scope, const std::string& name, const std::string& fallback) {
+std::string opt_text(options& opts, const std::string& scope, const std::string& name,
+                     const std::string& fallback) {
     return opts.has_option(scope, name) ? opts.get_str(scope, name, false) : fallback;
 }
 
@@ -95,12 +97,14 @@ bool fit_hash_settings(const ExpVarGraphBase& graph, options& opts) {
     const int hi = opts.get_int("Hash", "MaxHashDegree", true);
     const int inside = count_in_range(degrees, lo, hi);
     if (inside < kMinHashable) {
-        std::cerr << "Only " << inside << " of " << degrees.size() << " gene nodes have a degree in [MinHashDegree "
-                  << lo << ", MaxHashDegree " << hi << "]: too few to search.\n"
+        std::cerr << "Only " << inside << " of " << degrees.size()
+                  << " gene nodes have a degree in [MinHashDegree " << lo << ", MaxHashDegree " << hi
+                  << "]: too few to search.\n"
                   << "Gene node degrees: min " << sorted_quantile(degrees, 0.0) << ", 10% "
-                  << sorted_quantile(degrees, 0.1) << ", 25% " << sorted_quantile(degrees, 0.25) << ", median "
-                  << sorted_quantile(degrees, 0.5) << ", 75% " << sorted_quantile(degrees, 0.75) << ", 90% "
-                  << sorted_quantile(degrees, 0.9) << ", max " << sorted_quantile(degrees, 1.0) << "\n"
+                  << sorted_quantile(degrees, 0.1) << ", 25% " << sorted_quantile(degrees, 0.25)
+                  << ", median " << sorted_quantile(degrees, 0.5) << ", 75% "
+                  << sorted_quantile(degrees, 0.75) << ", 90% " << sorted_quantile(degrees, 0.9) << ", max "
+                  << sorted_quantile(degrees, 1.0) << "\n"
                   << "MinHashDegree = " << sorted_quantile(degrees, 0.0)
                   << " and MaxHashDegree = " << sorted_quantile(degrees, 1.0)
                   << " would hash all of them (MaxHashDegree = auto does so)." << std::endl;
@@ -111,16 +115,17 @@ bool fit_hash_settings(const ExpVarGraphBase& graph, options& opts) {
         for (int d : degrees)
             if (d >= lo && d <= hi)
                 hashed.push_back(d);
-        const double chance = chance_key_count(hashed, opts.get_int("Hash", "MaxNeigSize", true),
-                                               active_condition_nodes(graph, opts),
-                                               opts.get_int("Hash", "MinHashSize", true));
+        const double chance =
+            chance_key_count(hashed, opts.get_int("Hash", "MaxNeigSize", true),
+                             active_condition_nodes(graph, opts), opts.get_int("Hash", "MinHashSize", true));
         set_key(opts, "Hash", "MinVarSetSize", auto_min_var_set_size(chance));
     }
     return true;
 }
 
 // The weights of a graph, derived as every run derives them.
-std::unique_ptr<WgtSchemeGroupIndeg> make_weights(ExpVarGraphBase& graph, ArrayVarEC& classes, options& opts) {
+std::unique_ptr<WgtSchemeGroupIndeg> make_weights(ExpVarGraphBase& graph, ArrayVarEC& classes,
+                                                  options& opts) {
     return std::make_unique<WgtSchemeGroupIndeg>(graph, classes, opts, "Weights",
                                                  opts.get_float("Weights", "ModelP", true), true);
 }
@@ -260,17 +265,17 @@ void write_heatmap(std::ostream& out, int id, const std::vector<int>& genes, con
     const int h = top + ch * static_cast<int>(genes.size()) + 50;
     out << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << w << "\" height=\"" << h << "\">\n"
         << "<text x=\"" << left << "\" y=\"16\" font-family=\"sans-serif\" font-size=\"12\">bicluster " << id
-        << ": " << genes.size() << " genes x " << conds.size() << " conditions (left of the line), then the other "
-        << cols.size() - conds.size() << "</text>\n";
+        << ": " << genes.size() << " genes x " << conds.size()
+        << " conditions (left of the line), then the other " << cols.size() - conds.size() << "</text>\n";
     for (std::size_t r = 0; r < genes.size(); ++r) {
         if (labels)
             out << "<text x=\"" << left - 4 << "\" y=\"" << top + ch * static_cast<int>(r) + ch - 1
                 << "\" font-family=\"sans-serif\" font-size=\"" << ch - 1 << "\" text-anchor=\"end\">"
                 << universe.m_vars[genes[r]]->m_name << "</text>\n";
         for (std::size_t c = 0; c < cols.size(); ++c)
-            out << "<rect x=\"" << left + cw * static_cast<int>(c) << "\" y=\"" << top + ch * static_cast<int>(r)
-                << "\" width=\"" << cw << "\" height=\"" << ch << "\" fill=\""
-                << heat_colour(data.get_var_s_state(cols[c], genes[r]), lim) << "\"/>\n";
+            out << "<rect x=\"" << left + cw * static_cast<int>(c) << "\" y=\""
+                << top + ch * static_cast<int>(r) << "\" width=\"" << cw << "\" height=\"" << ch
+                << "\" fill=\"" << heat_colour(data.get_var_s_state(cols[c], genes[r]), lim) << "\"/>\n";
     }
     const int xl = left + cw * static_cast<int>(conds.size());
     out << "<line x1=\"" << xl << "\" y1=\"" << top - 4 << "\" x2=\"" << xl << "\" y2=\""
@@ -284,8 +289,8 @@ void write_heatmap(std::ostream& out, int id, const std::vector<int>& genes, con
         << std::setprecision(3) << -lim << "</text>\n"
         << "<text x=\"" << left + 100 << "\" y=\"" << ly + 24
         << "\" font-family=\"sans-serif\" font-size=\"10\">0</text>\n"
-        << "<text x=\"" << left + 190 << "\" y=\"" << ly + 24 << "\" font-family=\"sans-serif\" font-size=\"10\">"
-        << lim << "</text>\n</svg>\n";
+        << "<text x=\"" << left + 190 << "\" y=\"" << ly + 24
+        << "\" font-family=\"sans-serif\" font-size=\"10\">" << lim << "</text>\n</svg>\n";
 }
 
 std::string join_names(const std::vector<std::string>& names) {
@@ -355,8 +360,8 @@ int main(int argc, char** argv) {
                     pooled.push_back(b);
         std::cout << ns.runs << " null runs, " << pooled.size() << " null biclusters" << std::endl;
         for (std::size_t i = 0; i < cand.size(); ++i)
-            p[i] = empirical_p({cand[i]->m_score, cand[i]->m_exps.on_bits(), cand[i]->m_vars.on_bits()}, pooled,
-                               ns.per_cond);
+            p[i] = empirical_p({cand[i]->m_score, cand[i]->m_exps.on_bits(), cand[i]->m_vars.on_bits()},
+                               pooled, ns.per_cond);
     }
     const std::vector<double> q = bh_q_values(p);
     std::vector<float> scores;
@@ -379,6 +384,8 @@ int main(int argc, char** argv) {
         return 1;
     }
     const std::string heat_dir = opt_text(opts, "Report", "HeatmapDir", "");
+    if (!heat_dir.empty())
+        mkdir(heat_dir.c_str(), 0777); // an existing directory is fine; a failure shows at the first file
     summary << "id\tscore\tp\tq\tgenes\tconditions\tgene_names\tcondition_names\n";
     int id = 0;
     for (int i : order) {
