@@ -147,6 +147,7 @@ struct NullSettings {
     int threads = 1;
     int rewire = 1;
     bool per_cond = false;
+    bool pool_reportable = false;
     bool logit = false;
 };
 
@@ -333,6 +334,12 @@ int main(int argc, char** argv) {
         return 1;
     }
     ns.per_cond = compare == "percond";
+    const std::string pool = opt_text(opts, "Null", "Pool", "all");
+    if (pool != "all" && pool != "reportable") {
+        std::cerr << "Null::Pool must be all or reportable, not " << pool << std::endl;
+        return 1;
+    }
+    ns.pool_reportable = pool == "reportable";
 
     const double max_q = opt_number(opts, "Report", "MaxQ", 1.0);
     const int min_conds = static_cast<int>(opt_number(opts, "Report", "MinConds", 0));
@@ -341,7 +348,8 @@ int main(int argc, char** argv) {
     std::list<ExpVarBiclust> found = run_search(graph, *wgt, opts, nullptr);
     std::cout << found.size() << " biclusters found" << std::endl;
 
-    // Only biclusters of the reportable size take part, on both sides of the comparison.
+    // Only real biclusters of the reportable size are tested; the null pool holds every null
+    // bicluster unless Null::Pool asks for the reportable ones only.
     auto big_enough = [&](int conds, int genes) { return conds >= min_conds && genes >= min_genes; };
     std::vector<const ExpVarBiclust*> cand;
     for (const ExpVarBiclust& b : found)
@@ -356,7 +364,7 @@ int main(int argc, char** argv) {
         std::vector<BicSizeScore> pooled;
         for (const auto& run : per_run)
             for (const BicSizeScore& b : run)
-                if (big_enough(b.conds, b.genes))
+                if (!ns.pool_reportable || big_enough(b.conds, b.genes))
                     pooled.push_back(b);
         std::cout << ns.runs << " null runs, " << pooled.size() << " null biclusters" << std::endl;
         for (std::size_t i = 0; i < cand.size(); ++i)
