@@ -355,6 +355,7 @@ int main(int argc, char** argv) {
     for (const ExpVarBiclust& b : found)
         if (big_enough(b.m_exps.on_bits(), b.m_vars.on_bits()))
             cand.push_back(&b);
+    std::cout << cand.size() << " biclusters tested" << std::endl;
 
     std::vector<double> p(cand.size(), 1.0);
     if (ns.runs > 0) {
