@@ -368,6 +368,12 @@ int main(int argc, char** argv) {
                 if (!ns.pool_reportable || big_enough(b.conds, b.genes))
                     pooled.push_back(b);
         std::cout << ns.runs << " null runs, " << pooled.size() << " null biclusters" << std::endl;
+        // The smallest p the pool allows; when even that can't pass MaxQ the runs are too few.
+        const double floor_p = 1.0 / (1.0 + static_cast<double>(pooled.size()));
+        if (!cand.empty() && floor_p > max_q)
+            std::cerr << "Warning: " << ns.runs << " null runs gave " << pooled.size()
+                      << " null biclusters, so no p-value can be below " << floor_p
+                      << " and none can pass MaxQ " << max_q << "; raise Null::Runs" << std::endl;
         for (std::size_t i = 0; i < cand.size(); ++i)
             p[i] = empirical_p({cand[i]->m_score, cand[i]->m_exps.on_bits(), cand[i]->m_vars.on_bits()},
                                pooled, ns.per_cond);
