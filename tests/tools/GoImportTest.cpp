@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
 
 namespace {
 
@@ -188,4 +189,41 @@ TEST(ImportReaders, MalformedLinesNameFileLineAndWhatWasExpected) {
     std::string err;
     EXPECT_FALSE(missing.open(dir.path() + "/nope", err));
     EXPECT_EQ(err, "cannot open " + dir.path() + "/nope");
+}
+
+// Debian's r-bioc-gseabase ships the plant GO slim; bench/data/fetch_goslim.sh puts it where this
+// test finds it. Expected: its 106 [Term] stanzas (51 process, 28 component, 27 function terms),
+// one parent per is_a and part_of line, thylakoid part_of intracellular.
+TEST(GoOntology, PlantSlimFromGseabase) {
+    const std::string path = source_dir() + "/bench/data/scratch/goslim/goslim_plant.obo";
+    const std::string text = read_file(path);
+    if (text.empty())
+        GTEST_SKIP() << "no " << path << " (run bench/data/fetch_goslim.sh)";
+    GoOntology onto;
+    LineSource in;
+    std::string err;
+    ASSERT_TRUE(in.open(path, err) && onto.read(in, err)) << err;
+    onto.link({"part_of"});
+    ASSERT_EQ(onto.size(), 106);
+    std::map<std::string, int> per_type;
+    std::size_t parents = 0;
+    for (int t = 0; t < onto.size(); ++t) {
+        ++per_type[GoOntology::type_label(onto.m_terms[t].ns)];
+        parents += onto.m_parents[t].size();
+    }
+    EXPECT_EQ(per_type, (std::map<std::string, int>{{"P", 51}, {"C", 28}, {"F", 27}}));
+    // Parent lines counted in the raw text, independently of the reader.
+    int lines = 0;
+    for (std::size_t at = 0; at < text.size(); at = text.find('\n', at) + 1) {
+        lines += text.compare(at, 6, "is_a: ") == 0 || text.compare(at, 22, "relationship: part_of ") == 0;
+        if (text.find('\n', at) == std::string::npos)
+            break;
+    }
+    EXPECT_EQ(lines, 118);
+    EXPECT_EQ(static_cast<int>(parents) + onto.m_dangling, lines);
+    EXPECT_EQ(onto.m_dangling, 0);
+    const int thylakoid = onto.find("GO:0009579");
+    ASSERT_GE(thylakoid, 0);
+    EXPECT_EQ(onto.m_terms[thylakoid].name, "thylakoid");
+    EXPECT_EQ(onto.m_parents[thylakoid], std::vector<int>{onto.find("GO:0005622")});
 }
