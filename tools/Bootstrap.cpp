@@ -2,10 +2,11 @@
 #include "Bootstrap.h"
 
 #include "Annot.h"
+#include "ClassMembers.h"
 #include "FastEnrich.h"
 #include "ParallelFor.h"
 #include "Random.h"
-#include "ds/BitVecIter.h"
+#include "ds/BitVec.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -66,10 +67,10 @@ struct PassIndex {
     std::vector<int> size;         // per dense class, its size
     std::vector<float> ln_univ;    // per dense class, ln C(g_univ_size, size)
 
-    PassIndex(const VarClasses& classes, int n_vars, const HgTable& hg) {
+    PassIndex(const ClassMembers& classes, int n_vars, const HgTable& hg) {
         std::vector<int> dense_of;
         for (int c = 0; c < classes.class_count(); ++c) {
-            const int sz = classes.m_class_bits[c].on_bits();
+            const int sz = classes.size(c);
             if (sz < g_min_cls_size || sz > g_max_cls_size)
                 continue;
             dense_of.push_back(c);
@@ -78,15 +79,15 @@ struct PassIndex {
         }
         offset.assign(static_cast<std::size_t>(std::max(n_vars, 0)) + 1, 0);
         for (int c : dense_of)
-            for (ds_bitvec_iter it(classes.m_class_bits[c]); it; ++it)
-                ++offset[static_cast<int>(it) + 1];
+            for (int v : classes.m_members[c])
+                ++offset[v + 1];
         for (std::size_t v = 1; v < offset.size(); ++v)
             offset[v] += offset[v - 1];
         flat.resize(offset.back());
         std::vector<int> fill(offset.begin(), offset.end() - 1);
         for (int d = 0; d < static_cast<int>(dense_of.size()); ++d)
-            for (ds_bitvec_iter it(classes.m_class_bits[dense_of[d]]); it; ++it)
-                flat[fill[static_cast<int>(it)]++] = d;
+            for (int v : classes.m_members[dense_of[d]])
+                flat[fill[v]++] = d;
     }
     int class_count() const { return static_cast<int>(size.size()); }
 };
@@ -239,7 +240,7 @@ void run_passes(const PassIndex& ix, const HgTable& hg, const std::vector<int>& 
 
 } // namespace
 
-void bootstrap_fast(const VarClasses& classes, const std::vector<std::vector<int>>& sets,
+void bootstrap_fast(const ClassMembers& classes, const std::vector<std::vector<int>>& sets,
                     const std::vector<int>& chip_ids, int n_vars, int passes, float ceiling,
                     BootstrapState& st, std::vector<float>& kept, int threads) {
     if (passes <= 0)

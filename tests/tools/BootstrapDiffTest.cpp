@@ -1,6 +1,7 @@
 // The fast bootstrap against the reference path: same kept values, same state, same reports.
 #include "Annot.h"
 #include "Bootstrap.h"
+#include "ClassMembers.h"
 #include "Random.h"
 #include "VarClasses.h"
 #include "VeskRun.h"
@@ -102,8 +103,10 @@ TEST(BootstrapDiff, FastEqualsReferenceOnRandomCases) {
         });
         const int threads = 1 + rep % 3;
         Random::reset(rseed);
+        ClassMembers members;
+        members.assign(c.classes);
         const std::string fast_err = quiet([&] {
-            bootstrap_fast(c.classes, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, fast_state, fast_kept,
+            bootstrap_fast(members, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, fast_state, fast_kept,
                            threads);
         });
 
