@@ -115,11 +115,18 @@ bool LineSource::next(std::string& line) {
             if (n > 0 && buf[n - 1] == '\n')
                 break;
         }
+        int status = Z_OK;
+        gzerror(m_gz, &status);
+        if (status != Z_OK && status != Z_STREAM_END) {
+            m_failed = true;
+            return false;
+        }
         if (!any)
             return false;
         if (!line.empty() && line.back() == '\n')
             line.pop_back();
     } else if (!std::getline(m_in, line)) {
+        m_failed = m_in.bad();
         return false;
     }
     if (!line.empty() && line.back() == '\r')
@@ -129,6 +136,15 @@ bool LineSource::next(std::string& line) {
 }
 
 std::string LineSource::error(const std::string& what) const { return at_line(m_path, m_line, what); }
+
+bool LineSource::ended_cleanly(std::string& err) const {
+    if (!m_failed)
+        return true;
+    err = at_line(m_path, m_line + 1,
+                  compressed() ? "expected more gzip data; the file is damaged or cut short"
+                               : "expected a readable line; the read failed");
+    return false;
+}
 
 bool GoOntology::read(LineSource& in, std::string& err) {
     std::string line, stanza, default_ns;
@@ -223,7 +239,7 @@ bool GoOntology::read(LineSource& in, std::string& err) {
             cur.obsolete = value == "true";
         }
     }
-    if (!finish())
+    if (!in.ended_cleanly(err) || !finish())
         return false;
 
     m_terms.clear();
@@ -370,7 +386,7 @@ bool read_gaf(LineSource& in, const GoOntology& onto, const std::set<std::string
         }
         file_annotation(onto, g, term, out, counts);
     }
-    return true;
+    return in.ended_cleanly(err);
 }
 
 bool read_pairs(LineSource& in, const GoOntology& onto, GeneTable& genes, DirectAnnotations& out,
@@ -388,7 +404,7 @@ bool read_pairs(LineSource& in, const GoOntology& onto, GeneTable& genes, Direct
         const std::string gene = trim(col[0]);
         file_annotation(onto, genes.add(gene, gene), trim(col[1]), out, counts);
     }
-    return true;
+    return in.ended_cleanly(err);
 }
 
 bool read_gene_list(LineSource& in, GeneTable& genes, std::string& err) {
@@ -403,7 +419,7 @@ bool read_gene_list(LineSource& in, GeneTable& genes, std::string& err) {
         }
         genes.add(trim(col[0]), trim(col[1]));
     }
-    return true;
+    return in.ended_cleanly(err);
 }
 
 bool read_gmt(LineSource& in, std::vector<GeneSet>& sets, std::string& err) {
@@ -430,10 +446,10 @@ bool read_gmt(LineSource& in, std::vector<GeneSet>& sets, std::string& err) {
         }
         sets.push_back(set);
     }
-    return true;
+    return in.ended_cleanly(err);
 }
 
-bool read_words(LineSource& in, std::vector<std::string>& words, std::string& /*err*/) {
+bool read_words(LineSource& in, std::vector<std::string>& words, std::string& err) {
     std::string line;
     while (in.next(line)) {
         if (skippable(line, "#"))
@@ -443,5 +459,5 @@ bool read_words(LineSource& in, std::vector<std::string>& words, std::string& /*
         while (split >> w)
             words.push_back(w);
     }
-    return true;
+    return in.ended_cleanly(err);
 }

@@ -30,10 +30,14 @@ public:
     // "path:line: " followed by `what`, for a message about the current line.
     std::string error(const std::string& what) const;
     bool compressed() const { return m_gz != nullptr; }
+    // After next() gave false: true if the file ended cleanly, else false with the reason in `err`
+    // (a damaged or cut gzip stream, a read error).
+    bool ended_cleanly(std::string& err) const;
 
 private:
     std::string m_path;
     int m_line = 0;
+    bool m_failed = false;
     std::ifstream m_in;
     gzFile_s* m_gz = nullptr;
 };

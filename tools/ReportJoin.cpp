@@ -57,7 +57,7 @@ bool read_names(const std::string& path, int min_cols, std::map<std::string, std
         const std::string key = col[0];
         out[key] = col;
     }
-    return true;
+    return in.ended_cleanly(err);
 }
 
 std::string xml(const std::string& s) {
@@ -141,7 +141,7 @@ bool join_report(const std::string& report, const std::string& names_dir, std::v
         r.overlap = col[5];
         rows.push_back(r);
     }
-    return true;
+    return in.ended_cleanly(err);
 }
 
 void write_named_report(std::ostream& out, const std::vector<NamedReportRow>& rows) {

@@ -105,6 +105,24 @@ TEST(GafReader, GzipCrlfFileGivesThePlainFilesAnnotations) {
     EXPECT_EQ(got[0][1], std::make_pair(1, onto.find("GO:0000003")));
 }
 
+TEST(GafReader, CutGzipFileIsAnErrorNotAShortFile) {
+    const GoOntology onto = read_mini({"part_of"});
+    const std::string whole = read_file(fixture("mini_crlf.gaf.gz"));
+    TempDir dir;
+    const std::string path = dir.write("cut.gaf.gz", whole.substr(0, whole.size() / 2));
+    GeneTable genes;
+    DirectAnnotations out;
+    AnnotationCounts counts;
+    LineSource in;
+    std::string err;
+    ASSERT_TRUE(in.open(path, err)) << err;
+    EXPECT_FALSE(read_gaf(in, onto, {}, genes, out, counts, err));
+    const std::string tail = ": expected more gzip data; the file is damaged or cut short";
+    EXPECT_EQ(err.rfind(path + ":", 0), 0u) << err;
+    ASSERT_GT(err.size(), tail.size());
+    EXPECT_EQ(err.substr(err.size() - tail.size()), tail);
+}
+
 TEST(GmtReader, CrlfSetsAndEmptyMemberFields) {
     TempDir dir;
     const std::string path = dir.write("s.gmt", "S1\tfirst\tA\t\tB\r\n\r\nS2\t\r\n");
