@@ -123,19 +123,6 @@ TEST(GafReader, CutGzipFileIsAnErrorNotAShortFile) {
     EXPECT_EQ(err.substr(err.size() - tail.size()), tail);
 }
 
-TEST(GmtReader, CrlfSetsAndEmptyMemberFields) {
-    TempDir dir;
-    const std::string path = dir.write("s.gmt", "S1\tfirst\tA\t\tB\r\n\r\nS2\t\r\n");
-    LineSource in;
-    std::vector<GeneSet> sets;
-    std::string err;
-    ASSERT_TRUE(in.open(path, err) && read_gmt(in, sets, err)) << err;
-    ASSERT_EQ(sets.size(), 2u);
-    EXPECT_EQ(sets[0].members, (std::vector<std::string>{"A", "B"}));
-    EXPECT_EQ(sets[0].description, "first");
-    EXPECT_TRUE(sets[1].members.empty());
-}
-
 TEST(ImportReaders, MalformedLinesNameFileLineAndWhatWasExpected) {
     const GoOntology onto = read_mini({"part_of"});
     using Reader = std::function<bool(LineSource&, std::string&)>;

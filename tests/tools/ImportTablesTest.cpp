@@ -1,5 +1,5 @@
 // run_import on the fixtures against tables written by hand, the relation choice, pairs input and
-// the exit statuses.
+// shared symbols (the exit statuses are tested through the command line, vesk_import_cli.sh).
 #include "ImportTables.h"
 
 #include "TestSupport.h"
@@ -93,24 +93,6 @@ TEST(ImportTables, PairsGiveEachGeneItsWordAsBothNames) {
     // A: GO:4 -> 1, 3 -> 2 -> 1; B: GO:3 (alt id) -> 2 -> 1; C: GO:10 (and an obsolete term).
     EXPECT_EQ(read_file(s.out + "/clsassoc.tab"), "0\t0\n0\t1\n1\t0\n1\t1\n2\t0\n2\t1\n3\t0\n4\t2\n");
     EXPECT_EQ(read_file(s.out + "/chip.txt"), "A\nB\nC\n");
-}
-
-TEST(ImportTables, StatusesAndReasons) {
-    TempDir dir;
-    std::string log, err;
-    ImportSettings s = mini(dir.path() + "/out");
-    s.gmt = dir.path() + "/missing.gmt";
-    EXPECT_EQ(run(s, log, err), kImportInput);
-    EXPECT_EQ(err, "cannot open " + s.gmt);
-
-    s = mini(dir.path() + "/out");
-    s.obo = dir.write("bad.obo", "[Term]\nid: GO:1\nis_obsolete: maybe\n");
-    EXPECT_EQ(run(s, log, err), kImportInput);
-    EXPECT_EQ(err, s.obo + ":3: expected true or false after is_obsolete:");
-
-    s = mini("/dev/null/out");
-    EXPECT_EQ(run(s, log, err), kImportOutput);
-    EXPECT_EQ(err.rfind("cannot make directory /dev/null/out", 0), 0u) << err;
 }
 
 TEST(ImportTables, SharedSymbolsPrintOnceEach) {
