@@ -106,10 +106,11 @@ template <class Count> struct Workspace {
 
 // Adds one to the count of every class of every variable in bits[0 .. n_bits) and lists each class
 // once, when its count reaches `list_at`; returns the number listed. No branch in the loop: a
-// listing is written always and kept by advancing the end.
+// listing is written always and kept by advancing the end. Kept out of line: inlined into the pass,
+// its loop runs short of registers.
 template <class Count>
-int count_overlaps(const int* offset, const int* flat, const int* bits, int n_bits, int list_at, Count* count,
-                   int* listed) {
+__attribute__((noinline)) int count_overlaps(const int* offset, const int* flat, const int* bits, int n_bits,
+                                             int list_at, Count* count, int* listed) {
     int n_listed = 0;
     const int ahead = 8; // the class lists of later variables are fetched while counting
     for (int j = 0; j < n_bits; ++j) {
