@@ -4,6 +4,7 @@
 
 #include <vector>
 
+class ClassMembers;
 class VarClasses;
 
 // State that carries over between passes: the slot permutation and each gene's image.
@@ -24,11 +25,12 @@ void bootstrap_reference(const VarClasses& classes, const std::vector<std::vecto
                          const std::vector<int>& chip_ids, int n_vars, int passes, float ceiling,
                          BootstrapState& st, std::vector<float>& kept);
 
-// The same passes with the same draws, reached with less work: each set member's image visits
+// The same passes with the same draws over the same classes as member lists, reached with less
+// work: each set member's image visits
 // only the classes that hold it, log-binomials come from a table of log-gamma values, and the
 // passes of a batch are evaluated on `threads` threads once their images are drawn. Gives the
 // same `kept`, state and trace as bootstrap_reference.
-void bootstrap_fast(const VarClasses& classes, const std::vector<std::vector<int>>& sets,
+void bootstrap_fast(const ClassMembers& classes, const std::vector<std::vector<int>>& sets,
                     const std::vector<int>& chip_ids, int n_vars, int passes, float ceiling,
                     BootstrapState& st, std::vector<float>& kept, int threads);
 

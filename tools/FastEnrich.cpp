@@ -1,4 +1,4 @@
-// HgTable, ClassIndex and FastAnnotator.
+// HgTable and FastAnnotator.
 #include "FastEnrich.h"
 
 #include "IndirectSort.h"
@@ -13,47 +13,34 @@ HgTable::HgTable(int top) : m_gamma(std::max(top, 0) + 2) {
         m_gamma[i] = gamma_ln(static_cast<float>(i));
 }
 
-ClassIndex::ClassIndex(const VarClasses& classes, int n_vars, bool size_filtered) {
-    const int n = classes.class_count();
-    var_classes.resize(n_vars > 0 ? n_vars : 0);
-    members.resize(n);
-    size.assign(n, 0);
-    for (int c = 0; c < n; ++c) {
-        const ds_bitvec& bits = classes.m_class_bits[c];
-        size[c] = bits.on_bits();
-        if (size_filtered && (size[c] < g_min_cls_size || size[c] > g_max_cls_size))
-            continue;
-        for (ds_bitvec_iter it(bits); it; ++it) {
-            const int v = it;
-            members[c].push_back(v);
-            var_classes[v].push_back(c);
-        }
-    }
-    offset.assign(var_classes.size() + 1, 0);
-    for (std::size_t v = 0; v < var_classes.size(); ++v)
-        offset[v + 1] = offset[v] + static_cast<int>(var_classes[v].size());
-    flat.reserve(offset.back());
-    for (const std::vector<int>& cls : var_classes)
-        flat.insert(flat.end(), cls.begin(), cls.end());
-}
-
 namespace {
 
 inline bool has_bit(const ds_bitvec& v, int i) { return (v.word(i / 32) >> (i & 31)) & 1u; }
 
 } // namespace
 
-FastAnnotator::FastAnnotator(const VarClasses& classes, int n_vars, int max_set)
-    : m_classes(classes), m_index(classes, n_vars, false),
+FastAnnotator::FastAnnotator(const ClassMembers& classes, int n_vars, int max_set)
+    : m_classes(classes), m_offset(static_cast<std::size_t>(std::max(n_vars, 0)) + 1, 0),
       m_hg(std::max(std::max(g_univ_size, n_vars), max_set) + 1), m_dense(n_vars > 0 ? n_vars : 0, -1),
       m_dense_members(classes.class_count()) {
+    const int n = classes.class_count();
+    for (int c = 0; c < n; ++c)
+        for (int v : classes.m_members[c])
+            ++m_offset[v + 1];
+    for (std::size_t v = 1; v < m_offset.size(); ++v)
+        m_offset[v] += m_offset[v - 1];
+    m_flat.resize(m_offset.back());
+    std::vector<int> fill(m_offset.begin(), m_offset.end() - 1);
+    for (int c = 0; c < n; ++c)
+        for (int v : classes.m_members[c])
+            m_flat[fill[v]++] = c;
     int next = 0;
     for (int v = 0; v < n_vars; ++v)
-        if (!m_index.var_classes[v].empty())
+        if (m_offset[v + 1] > m_offset[v])
             m_dense[v] = next++;
-    for (int c = 0; c < classes.class_count(); ++c) {
-        m_dense_members[c].reserve(m_index.members[c].size());
-        for (int v : m_index.members[c])
+    for (int c = 0; c < n; ++c) {
+        m_dense_members[c].reserve(classes.m_members[c].size());
+        for (int v : classes.m_members[c])
             m_dense_members[c].push_back(m_dense[v]);
     }
 }
@@ -78,11 +65,13 @@ void FastAnnotator::annotate(const ds_bitvec& set, std::vector<Annot>& out, std:
 
     // Overlap of every class with the set, through the members' classes.
     ++w.now;
+    const int n_vars = static_cast<int>(m_offset.size()) - 1;
     for (ds_bitvec_iter it(set); it; ++it) {
         const int v = it;
-        if (v >= static_cast<int>(m_index.var_classes.size()))
+        if (v >= n_vars)
             continue;
-        for (int c : m_index.var_classes[v]) {
+        for (int i = m_offset[v]; i < m_offset[v + 1]; ++i) {
+            const int c = m_flat[i];
             if (w.stamp[c] != w.now) {
                 w.stamp[c] = w.now;
                 w.count[c] = 0;
@@ -94,7 +83,7 @@ void FastAnnotator::annotate(const ds_bitvec& set, std::vector<Annot>& out, std:
     const int m = set.on_bits();
     const int n = m_classes.class_count();
     for (int c = 0; c < n; ++c) {
-        const int size = m_index.size[c];
+        const int size = m_classes.size(c);
         if (size < g_min_cls_size || size > g_max_cls_size)
             continue;
         const int inter = w.stamp[c] == w.now ? w.count[c] : 0;
@@ -111,11 +100,11 @@ void FastAnnotator::annotate(const ds_bitvec& set, std::vector<Annot>& out, std:
         if (better.m_filtered)
             continue;
         const int a = better.m_cls;
-        const std::vector<int>& a_members = m_index.members[a];
+        const std::vector<int>& a_members = m_classes.m_members[a];
         const std::vector<int>& a_dense = m_dense_members[a];
         for (std::size_t i = 0; i < a_members.size(); ++i)
             w.mark[a_dense[i]] = static_cast<unsigned char>(1 | (has_bit(set, a_members[i]) ? 2 : 0));
-        const int size_a = m_index.size[a];
+        const int size_a = m_classes.size(a);
         const int s_a = better.m_inter;
         for (std::size_t ib = ia + 1; ib < order.size(); ++ib) {
             Annot& worse = out[order[ib]];
@@ -126,7 +115,7 @@ void FastAnnotator::annotate(const ds_bitvec& set, std::vector<Annot>& out, std:
                 size_ab += x & 1u;
                 s_ab += x >> 1;
             }
-            const int size_b = m_index.size[b];
+            const int size_b = m_classes.size(b);
             const int s_b = worse.m_inter;
             const float inside = m_hg.log_hg(size_a, size_ab, s_a, s_ab);
             const float outside = m_hg.log_hg(g_univ_size - size_a, size_b - size_ab, m - s_a, s_b - s_ab);

@@ -4,8 +4,8 @@
 #define VESK_TOOLS_FASTENRICH_H
 
 #include "Annot.h"
+#include "ClassMembers.h"
 #include "SpecialFunc.h"
-#include "VarClasses.h"
 #include "ds/BitVec.h"
 
 #include <cstdint>
@@ -40,25 +40,13 @@ private:
     std::vector<float> m_gamma;
 };
 
-// Classes by member: per variable the ids of the classes holding it (ascending), per class its
-// members (ascending) and size. With `size_filtered`, only classes within the size filter are indexed.
-struct ClassIndex {
-    ClassIndex(const VarClasses& classes, int n_vars, bool size_filtered);
-
-    std::vector<std::vector<int>> var_classes;
-    std::vector<std::vector<int>> members;
-    std::vector<int> size;
-    // var_classes flattened: the classes of variable v are flat[offset[v] .. offset[v + 1]).
-    std::vector<int> offset, flat;
-};
-
 // annotate() for real sets, by walking the set members' classes and, in the redundancy filter,
 // intersecting member lists in a dense numbering of the classes' genes instead of whole bit
 // vectors. Same output, order and trace lines. The index is built once and shared: annotate() is
 // const and takes its scratch from a Workspace, one per thread.
 class FastAnnotator {
 public:
-    FastAnnotator(const VarClasses& classes, int n_vars, int max_set);
+    FastAnnotator(const ClassMembers& classes, int n_vars, int max_set);
 
     struct Workspace {
         std::vector<std::uint32_t> stamp;
@@ -73,8 +61,9 @@ public:
                   Workspace& w) const;
 
 private:
-    const VarClasses& m_classes;
-    ClassIndex m_index;
+    const ClassMembers& m_classes;
+    // The classes of variable v, ascending: m_flat[m_offset[v] .. m_offset[v + 1]).
+    std::vector<int> m_offset, m_flat;
     HgTable m_hg;
     std::vector<int> m_dense;                      // per variable, its dense number or -1
     std::vector<std::vector<int>> m_dense_members; // per class, its members' dense numbers

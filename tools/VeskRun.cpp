@@ -3,6 +3,7 @@
 
 #include "Annot.h"
 #include "Bootstrap.h"
+#include "ClassMembers.h"
 #include "FastEnrich.h"
 #include "ParallelFor.h"
 #include "Random.h"
@@ -37,9 +38,13 @@ int match_gene(const VarUniverse& univ, const std::string& word) {
     return id;
 }
 
-// The report lines of one set from its annotation.
+bool class_holds(const VarClasses& classes, int c, int g) { return classes.m_class_bits[c].get_ind(g); }
+bool class_holds(const ClassMembers& classes, int c, int g) { return classes.holds(c, g); }
+
+// The report lines of one set from its annotation; `Classes` is VarClasses or ClassMembers.
+template <class Classes>
 void write_set_lines(std::ostream& rep, int set_id, const std::vector<int>& members,
-                     const std::vector<Annot>& out, const std::vector<int>& order, const VarClasses& classes,
+                     const std::vector<Annot>& out, const std::vector<int>& order, const Classes& classes,
                      const VarUniverse& univ, const std::map<std::string, std::string>& types,
                      const std::vector<float>& kept, int boot_num, float ceiling, bool gene_list) {
     for (int idx : order) {
@@ -64,9 +69,8 @@ void write_set_lines(std::ostream& rep, int set_id, const std::vector<int>& memb
             << a.m_frac << '\t' << a.m_inter << '\t' << key << '\t'
             << (type == types.end() ? std::string("NA") : type->second);
         if (gene_list) {
-            const ds_bitvec& cls = classes.m_class_bits[a.m_cls];
             for (int g : members)
-                if (cls.get_ind(g))
+                if (class_holds(classes, a.m_cls, g))
                     rep << '\t' << univ.m_short_names[g];
         }
         rep << '\n';
@@ -75,10 +79,10 @@ void write_set_lines(std::ostream& rep, int set_id, const std::vector<int>& memb
 
 // Annotation of every real set with the indexed annotator, sets spread over threads; the trace
 // lines and report lines then come out in set order, as the reference path writes them.
-void report_all_fast(std::ostream& rep, const std::vector<std::vector<int>>& sets, const VarClasses& classes,
-                     const VarUniverse& univ, const std::map<std::string, std::string>& types,
-                     const std::vector<float>& kept, int boot_num, float ceiling, bool gene_list, int n_vars,
-                     int threads) {
+void report_all_fast(std::ostream& rep, const std::vector<std::vector<int>>& sets,
+                     const ClassMembers& classes, const VarUniverse& univ,
+                     const std::map<std::string, std::string>& types, const std::vector<float>& kept,
+                     int boot_num, float ceiling, bool gene_list, int n_vars, int threads) {
     std::size_t max_set = 0;
     for (const std::vector<int>& set : sets)
         max_set = std::max(max_set, set.size());
@@ -122,13 +126,14 @@ struct VeskInputs {
     ds_bitvec chip_mask;
     std::vector<int> chip_ids;
     std::map<std::string, std::string> types;
-    VarClasses classes;
+    VarClasses classes;   // read for the reference path
+    ClassMembers members; // the same table, read for the fast path
     std::vector<std::vector<int>> sets;
 };
 
 // Reads the option files in order, seeds the random source and reads the tables. The keys are
 // fetched in the order the run needs them, which is the order a missing key is reported in.
-void read_inputs(int argc, char** argv, VeskInputs& in) {
+void read_inputs(int argc, char** argv, VeskInputs& in, const VeskRunSettings& settings) {
     options& opts = in.opts;
     for (int i = 1; i < argc; ++i) {
         std::cerr << "will read " << argv[i] << std::endl;
@@ -174,7 +179,11 @@ void read_inputs(int argc, char** argv, VeskInputs& in) {
     {
         const std::string assoc_path = opts.get_str("Tables", "clsassoc", true);
         const std::string key_path = opts.get_str("Tables", "goclskey", true);
-        in.classes.read(key_path, assoc_path, in.n_vars, &in.chip_mask);
+        // The fast path keeps member lists: no bit vector of the universe's width per class.
+        if (settings.reference_bootstrap)
+            in.classes.read(key_path, assoc_path, in.n_vars, &in.chip_mask);
+        else
+            in.members.read(key_path, assoc_path, in.n_vars, &in.chip_mask);
     }
     {
         std::ifstream file(opts.get_str("Tables", "SetsOrfs", true).c_str());
@@ -216,7 +225,7 @@ std::vector<float> run_bootstrap(const VeskInputs& in, int boot_num, float ceili
     if (settings.reference_bootstrap)
         bootstrap_reference(in.classes, in.sets, in.chip_ids, in.n_vars, boot_num, ceiling, boot, kept);
     else
-        bootstrap_fast(in.classes, in.sets, in.chip_ids, in.n_vars, boot_num, ceiling, boot, kept,
+        bootstrap_fast(in.members, in.sets, in.chip_ids, in.n_vars, boot_num, ceiling, boot, kept,
                        settings.threads);
 
     std::sort(kept.begin(), kept.end());
@@ -248,7 +257,7 @@ void write_report(VeskInputs& in, const std::vector<float>& kept, int boot_num, 
                             ceiling, gene_list);
         }
     } else {
-        report_all_fast(rep, in.sets, in.classes, *in.univ, in.types, kept, boot_num, ceiling, gene_list,
+        report_all_fast(rep, in.sets, in.members, *in.univ, in.types, kept, boot_num, ceiling, gene_list,
                         in.n_vars, settings.threads);
     }
 }
@@ -257,7 +266,7 @@ void write_report(VeskInputs& in, const std::vector<float>& kept, int boot_num, 
 
 int vesk_main(int argc, char** argv, const VeskRunSettings& settings) {
     VeskInputs in;
-    read_inputs(argc, argv, in);
+    read_inputs(argc, argv, in, settings);
     const float ceiling = static_cast<float>(std::log(0.1));
     const int boot_num = set_globals(in.opts, in.chip_mask);
     const std::vector<float> kept = run_bootstrap(in, boot_num, ceiling, settings);

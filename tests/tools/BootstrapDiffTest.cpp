@@ -1,6 +1,7 @@
 // The fast bootstrap against the reference path: same kept values, same state, same reports.
 #include "Annot.h"
 #include "Bootstrap.h"
+#include "ClassMembers.h"
 #include "Random.h"
 #include "VarClasses.h"
 #include "VeskRun.h"
@@ -102,8 +103,10 @@ TEST(BootstrapDiff, FastEqualsReferenceOnRandomCases) {
         });
         const int threads = 1 + rep % 3;
         Random::reset(rseed);
+        ClassMembers members;
+        members.assign(c.classes);
         const std::string fast_err = quiet([&] {
-            bootstrap_fast(c.classes, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, fast_state, fast_kept,
+            bootstrap_fast(members, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, fast_state, fast_kept,
                            threads);
         });
 
@@ -122,6 +125,41 @@ TEST(BootstrapDiff, FastEqualsReferenceOnRandomCases) {
     }
     // The cases must exercise the kept list, not only empty passes.
     EXPECT_GT(with_kept, 60);
+}
+
+// A member list longer than 16-bit overlap counters hold (members repeated) takes the 32-bit ones.
+TEST(BootstrapDiff, LongMemberListsTakeWideCounters) {
+    std::mt19937 rng(test_seed(5));
+    Case c;
+    do
+        c = make_case(rng);
+    while (c.n_vars < 100 || c.chip_ids.size() < 50);
+    g_min_cls_size = 1;
+    g_max_cls_size = 1000;
+    g_min_inter = 1;
+    c.sets.assign(2, std::vector<int>());
+    for (int i = 0; i < 70000; ++i) // a tenth of the genes, each many times
+        c.sets[0].push_back(static_cast<int>(rng() % (c.n_vars / 10)));
+    c.sets[1] = {0, 1 % c.n_vars};
+    c.passes = 70;
+    const float ceiling = static_cast<float>(std::log(0.1));
+    BootstrapState ref_state, fast_state;
+    for (BootstrapState* st : {&ref_state, &fast_state})
+        bootstrap_init(*st, static_cast<int>(c.chip_ids.size()), c.n_vars);
+    ClassMembers members;
+    members.assign(c.classes);
+    std::vector<float> ref_kept, fast_kept;
+    Random::reset(11);
+    quiet([&] {
+        bootstrap_reference(c.classes, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, ref_state, ref_kept);
+    });
+    Random::reset(11);
+    quiet([&] {
+        bootstrap_fast(members, c.sets, c.chip_ids, c.n_vars, c.passes, ceiling, fast_state, fast_kept, 2);
+    });
+    EXPECT_FALSE(ref_kept.empty());
+    EXPECT_TRUE(same_bits(ref_kept, fast_kept));
+    EXPECT_EQ(ref_state.image, fast_state.image);
 }
 
 namespace {
