@@ -78,11 +78,13 @@ TEST(PBicGreedyOpt, RandomGrowsEndInLocalOptima) {
             // float error), recomputed from the graph.
             for (int p = 0; p < r.g->m_max_prop_node; ++p) {
                 const float m = bic.get_prop_margin(p);
-                ASSERT_TRUE(bic.m_exps.get_ind(p) ? m >= -1e-3f : m <= 1e-3f) << round << " prop " << p << " " << m;
+                ASSERT_TRUE(bic.m_exps.get_ind(p) ? m >= -1e-3f : m <= 1e-3f)
+                    << round << " prop " << p << " " << m;
             }
             for (int v = r.g->m_max_prop_node; v < r.g->m_node_count; ++v) {
                 const float m = bic.get_var_margin(v);
-                ASSERT_TRUE(bic.m_vars.get_ind(v) ? m >= -1e-3f : m <= 1e-3f) << round << " var " << v << " " << m;
+                ASSERT_TRUE(bic.m_vars.get_ind(v) ? m >= -1e-3f : m <= 1e-3f)
+                    << round << " var " << v << " " << m;
                 // The optimiser's view of a variable move: bin part plus own part.
                 ASSERT_NEAR(opt.get_var_node_score(v), m, 1e-3f * (1 + std::fabs(m)));
             }
@@ -207,9 +209,10 @@ TEST(PBicGreedyOpt, CompletePropsTakesEachPropertyInItsBestOrientation) {
     RandomPropGraph r(10, 2, 30, 0.4, seed);
     Quiet q;
     // Properties can't be added by the walk, so complete_props has work to do.
-    PBicGreedyOpt opt(*r.g, *r.wgt, greedy_options("[NoAdd]\nCanDelInitProp = 1\nCanAddProp = 0\nCanDelProp = 1\n"
-                                                   "CanDelInitVar = 1\nLogit = 0\nAddPropCostFactor = 1\n"
-                                                   "DelPropCostFactor = 1\n"),
+    PBicGreedyOpt opt(*r.g, *r.wgt,
+                      greedy_options("[NoAdd]\nCanDelInitProp = 1\nCanAddProp = 0\nCanDelProp = 1\n"
+                                     "CanDelInitVar = 1\nLogit = 0\nAddPropCostFactor = 1\n"
+                                     "DelPropCostFactor = 1\n"),
                       "NoAdd");
     for (int g = 0; g < 4; ++g) {
         PropVarBiclust bic = random_seed(r, 1, 6, rng);
@@ -356,7 +359,8 @@ TEST(PBicGreedyOpt, PlantedPropertyBiclusterGrowsBack) {
     for (int e = 0; e < 4; ++e)
         EXPECT_TRUE(bic.m_exps.get_ind(g.m_prop_group_nodes(0, e))) << e;
     for (int e = 4; e < 12; ++e)
-        EXPECT_FALSE(bic.m_exps.get_ind(g.m_prop_group_nodes(0, e)) || bic.m_exps.get_ind(g.m_prop_group_nodes(1, e)));
+        EXPECT_FALSE(bic.m_exps.get_ind(g.m_prop_group_nodes(0, e)) ||
+                     bic.m_exps.get_ind(g.m_prop_group_nodes(1, e)));
     EXPECT_TRUE(bic.m_exps.get_ind(pssm0));
     EXPECT_FALSE(bic.m_exps.get_ind(g.m_prop_group_nodes(2, 1)));
     EXPECT_TRUE(bic.m_exps.get_ind(g.m_prop_group_nodes(3, 0)));
@@ -366,7 +370,8 @@ TEST(PBicGreedyOpt, PlantedPropertyBiclusterGrowsBack) {
     EXPECT_EQ(planted, 15);
     EXPECT_LE(bic.m_vars.on_bits(), 17);
     // The ranked score is the gain of the ranked properties of layer 1 inside: PSSM 0.
-    const PBicChangeRankedObs* r0 = opt.m_ranked_obs[0]->m_node == pssm0 ? opt.m_ranked_obs[0] : opt.m_ranked_obs[1];
+    const PBicChangeRankedObs* r0 =
+        opt.m_ranked_obs[0]->m_node == pssm0 ? opt.m_ranked_obs[0] : opt.m_ranked_obs[1];
     EXPECT_GT(r0->m_gain, 10.0f);
     EXPECT_FLOAT_EQ(bic.m_ranked_score, r0->m_gain);
     EXPECT_EQ(r0->m_thresh_bin, 0.0f);
