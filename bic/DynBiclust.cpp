@@ -105,7 +105,9 @@ void ExpVarBiclust::add_edge_cnc(float& acc, int node, GraphBaseEdgeIter::Direct
 }
 
 void ExpVarBiclust::move_exp(int node, float sign) {
-    add_edge_cnc(m_score, node, GraphBaseEdgeIter::Out, m_vars, sign);
+    // Without variables no edge leads inside: only the per-bin sums move.
+    if (m_vars.on_bits() != 0)
+        add_edge_cnc(m_score, node, GraphBaseEdgeIter::Out, m_vars, sign);
     for (int b = 0; b < bins_num(); ++b) {
         const float w = m_wgt.get_non_edge_exp_weight(node, b);
         if (m_bin_count[b] != 0)
