@@ -37,7 +37,7 @@ void PBicChangeVarObs::attach(PDynBiclust& bic, BicHeap& heap, int node, int add
     m_br_cost = 0.0f;
     m_br_count = 0;
     m_cost = bic.m_br_graph ? cost : nullptr;
-    m_ranked_obs = ranked && !ranked->empty() ? ranked : nullptr;
+    m_ranked_obs = ranked;
     subscribe(0, *this, &PBicChangeVarObs::on_reset_parts);
     if (m_cost) {
         subscribe(bic.m_br_adj[node], *this, &PBicChangeVarObs::on_relation);
@@ -103,8 +103,9 @@ RankedObsParams::RankedObsParams(options& opts, const std::string& scope)
 
 void PBicChangeRankedObs::attach(PDynBiclust& bic, BicHeap& heap, int node, int heap_idx,
                                  const std::vector<float>& values, const RankedObsParams& params,
-                                 BinomFuncTable& table) {
+                                 BinomFuncTable& table, std::vector<PBicChangeRankedObs*>* inside) {
     bind(bic, &heap);
+    m_inside_list = inside;
     m_pbic = &bic;
     m_node = node;
     m_heap_idx = heap_idx;
@@ -204,12 +205,24 @@ void PBicChangeRankedObs::on_reset(int) {
     std::fill(m_bin_in.begin(), m_bin_in.end(), 0);
     m_thresh_countdown = m_deriv_countdown = 0;
     m_outside = true;
+    list_inside(false);
     restart_entry(m_node, m_heap_idx, m_heap_idx, -m_gain);
 }
 
 void PBicChangeRankedObs::on_change_me(int) {
     m_outside = !m_pbic->m_exps.get_ind(m_node);
+    list_inside(!m_outside);
     switch_side(m_node, !m_outside, m_heap_idx, m_heap_idx, add_key(), del_key());
+}
+
+void PBicChangeRankedObs::list_inside(bool inside) {
+    if (!m_inside_list)
+        return;
+    const auto at = std::find(m_inside_list->begin(), m_inside_list->end(), this);
+    if (inside && at == m_inside_list->end())
+        m_inside_list->push_back(this);
+    else if (!inside && at != m_inside_list->end())
+        m_inside_list->erase(at);
 }
 
 void PBicChangeRankedObs::on_add_var(int) { on_var_move(1); }

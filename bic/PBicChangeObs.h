@@ -42,7 +42,8 @@ class PBicChangeRankedObs;
 // related variable moves and when the node itself moves). Keys as in BicChangeVarObs.
 class PBicChangeVarObs : public PBicChangeObsBase<BicChangeVarObs> {
 public:
-    // `cost` may be null (no relation part); `ranked` lists the ranked observers (may be null).
+    // `cost` may be null (no relation part); `ranked` (null: no ranked part) lists ranked observers,
+    // of which those whose property is inside count: the optimiser hands the list of those inside.
     void attach(PDynBiclust& bic, BicHeap& heap, int node, int add_heap, int del_heap, float init_gain,
                 BinRelGlobNodeCost* cost, const std::vector<PBicChangeRankedObs*>* ranked);
 
@@ -96,8 +97,10 @@ struct RankedObsParams {
 class PBicChangeRankedObs : public PBicChangeObsBase<NodeObs> {
 public:
     // `values` by variable id; `table` serves the hypergeometric terms and must outlive the observer.
+    // With `inside`, the observer keeps itself in that list while its property is inside.
     void attach(PDynBiclust& bic, BicHeap& heap, int node, int heap_idx, const std::vector<float>& values,
-                const RankedObsParams& params, BinomFuncTable& table);
+                const RankedObsParams& params, BinomFuncTable& table,
+                std::vector<PBicChangeRankedObs*>* inside = nullptr);
 
     // Sorts the ranked values ascending and cuts the bins: each takes the remaining count over the
     // remaining bins (truncated), the first at least FirstBinMinSize (at most all), and a value equal
@@ -134,6 +137,7 @@ public:
     int m_min_num_genes = 0;
     RankedObsParams m_params;
     BinomFuncTable* m_table = nullptr;
+    std::vector<PBicChangeRankedObs*>* m_inside_list = nullptr;
 
 private:
     void on_reset(int code);
@@ -143,6 +147,7 @@ private:
     // The common part of on_add_var and on_del_var: sign 1 for a variable joining, -1 leaving.
     void on_var_move(int sign);
     void rekey_entry();
+    void list_inside(bool inside);
     double neg_log_hg(int size, int in) const;
 };
 

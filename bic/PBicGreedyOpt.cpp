@@ -58,6 +58,7 @@ void PBicGreedyOpt::init_observ(options& opts, const std::string& scope, const d
     m_ranked_own.clear();
     m_ranked_own.resize(nodes);
     m_ranked_obs.clear();
+    m_ranked_in.clear();
     const float add_factor = opts.get_float(scope, "AddPropCostFactor", true);
     const float del_factor = opts.get_float(scope, "DelPropCostFactor", true);
 
@@ -78,7 +79,7 @@ void PBicGreedyOpt::init_observ(options& opts, const std::string& scope, const d
         if (m_bic.is_ranked_layer(m_graph.node_layer(p))) {
             generate_pssm_affins(p, values);
             m_ranked_own[p].reset(new PBicChangeRankedObs);
-            m_ranked_own[p]->attach(m_bic, m_heap, p, prop_heap(), values, params, *m_hg_table);
+            m_ranked_own[p]->attach(m_bic, m_heap, p, prop_heap(), values, params, *m_hg_table, &m_ranked_in);
             m_ranked_obs.push_back(m_ranked_own[p].get());
         } else {
             m_prop_obs[p].attach(m_bic, m_heap, p, prop_heap(), add_factor, del_factor);
@@ -88,7 +89,8 @@ void PBicGreedyOpt::init_observ(options& opts, const std::string& scope, const d
         if (!m_graph.node_use(v) || (vars && !vars->get_ind(m_graph.node_var(v))))
             continue;
         const int b = m_wgt.get_var_node_bin(v);
-        m_var_obs[v].attach(m_bic, m_heap, v, 2 * b, 2 * b + 1, 0.0f, m_br_cost.get(), &m_ranked_obs);
+        m_var_obs[v].attach(m_bic, m_heap, v, 2 * b, 2 * b + 1, 0.0f, m_br_cost.get(),
+                            any_ranked ? &m_ranked_in : nullptr);
     }
     for (int b = 0; b < B; ++b)
         m_bin_obs[b].attach(m_bic, m_heap, b, 2 * b, 2 * b + 1);

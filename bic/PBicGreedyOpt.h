@@ -105,6 +105,7 @@ public:
     std::vector<std::vector<float>> m_best_prop_gain; // by layer and property id
     std::vector<std::vector<int>> m_best_prop_node;
     std::vector<PBicChangeRankedObs*> m_ranked_obs; // one per property node of a ranked layer
+    std::vector<PBicChangeRankedObs*> m_ranked_in;  // those whose property is inside
     std::unique_ptr<BinRelGlobNodeCost> m_br_cost;
     int m_prop_modif_on;
     int m_gene_modif_on;

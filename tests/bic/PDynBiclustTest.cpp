@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <random>
+#include <set>
 #include <sstream>
 
 namespace {
@@ -107,7 +108,7 @@ TEST(PDynBiclust, RandomMovesKeepScoresAndHeapEntries) {
     BicHeap heap;
     std::vector<PBicChangePropObs> props(N);
     std::vector<std::unique_ptr<PBicChangeRankedObs>> ranked_own(N);
-    std::vector<PBicChangeRankedObs*> ranked;
+    std::vector<PBicChangeRankedObs*> ranked, inside;
     std::vector<PBicChangeVarObs> vars(N);
     std::vector<PBicChangeVarBinObs> bins(B);
     std::uniform_real_distribution<float> u(0.0f, 1.0f);
@@ -117,7 +118,7 @@ TEST(PDynBiclust, RandomMovesKeepScoresAndHeapEntries) {
             for (float& v : values)
                 v = u(rng) < 0.2f ? 3.4e+38f : std::floor(u(rng) * 8.0f); // ties and values out
             ranked_own[p].reset(new PBicChangeRankedObs);
-            ranked_own[p]->attach(b, heap, p, 2 * B, values, params, table);
+            ranked_own[p]->attach(b, heap, p, 2 * B, values, params, table, &inside);
             ranked.push_back(ranked_own[p].get());
         } else {
             props[p].attach(b, heap, p, 2 * B, 1.5f, 0.5f);
@@ -125,7 +126,7 @@ TEST(PDynBiclust, RandomMovesKeepScoresAndHeapEntries) {
     }
     for (int v = P; v < N; ++v)
         vars[v].attach(b, heap, v, 2 * r.wgt->get_var_node_bin(v), 2 * r.wgt->get_var_node_bin(v) + 1, 0.0f,
-                       &cost, &ranked);
+                       &cost, &inside);
     for (int bin = 0; bin < B; ++bin)
         bins[bin].attach(b, heap, bin, 2 * bin, 2 * bin + 1);
     Recorder sevens;
@@ -199,6 +200,13 @@ TEST(PDynBiclust, RandomMovesKeepScoresAndHeapEntries) {
             ASSERT_NEAR(props[p].m_gain, m, 1e-3 * (1 + std::fabs(m))) << step << " prop " << p;
             ASSERT_NEAR(heap.value(2 * B, p), pin ? 0.5f * m : -1.5f * m, 1e-3 * (1 + std::fabs(m))) << step;
         }
+        // The ranked observers whose property is inside list themselves.
+        std::set<const PBicChangeRankedObs*> listed(inside.begin(), inside.end()), in_now;
+        for (const PBicChangeRankedObs* x : ranked)
+            if (b.m_exps.get_ind(x->m_node))
+                in_now.insert(x);
+        ASSERT_EQ(listed, in_now) << step;
+        ASSERT_EQ(listed.size(), inside.size());
         // Variable entries: margin over the graph, ranked part, relation cost.
         for (int v = P; v < N; ++v) {
             const PBicChangeVarObs& o = vars[v];
