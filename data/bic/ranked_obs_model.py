@@ -1,12 +1,6 @@
 #!/usr/bin/env python3
-"""Expected states of the ranked property observer in PBicChangeObsTest.cpp, from scipy.
-
-A plain model of the ranking: values below 3.4028235e+37 sorted ascending, cut into bins (each the
-remaining count over the remaining bins, the first at least FirstBinMinSize, ties kept together);
-the threshold is the cut with the best s = -hypergeom.logpmf(in, U, all, n) above MinLogPV (s = 0
-when in < all n / U); gain = s - MinLogPV, and the derivatives -logpmf(in + 1, U, all, n + 1) - s,
--logpmf(in, U, all, n + 1) - s (kept from before when all == in). Thresholds and derivatives are
-renewed on every move once n >= MinNumOfGenes (both update factors 0 in the test).
+"""Expected states of the ranked observer in PBicChangeObsTest.cpp, from scipy's hypergeom.logpmf
+(s = 0 below the expected overlap), after each add: bins, threshold cut, gain and derivatives.
     /usr/bin/python3 data/bic/ranked_obs_model.py
 """
 from scipy.stats import hypergeom
