@@ -86,36 +86,6 @@ void BicGreedyOpt::score(ExpVarBiclust& bic, std::vector<float>& out) {
         out[e] = m_exp_obs[e].m_gain;
 }
 
-namespace {
-
-// Walks the edges `it` was restarted on. With the node out (`in` false) it would join: a seed node
-// at the other end, still in `focus`, turns bad if its margin plus the edge's weight falls below 0,
-// and leaves `focus` otherwise, so that `focus` ends with the seed nodes the node has no edge to.
-// With the node in it would leave: the margin minus the weight is what counts. `margin` gives the
-// margin of a seed node by node id; the edges are taken in the iterator's order, and the first
-// seed node that turns bad ends the walk.
-template <class Margin>
-bool edge_turns_focus_bad(GraphBaseEdgeIter& it, const WgtSchemeBase& wgt, ds_bitvec& focus, bool in,
-                          Margin margin) {
-    for (; !it.at_end(); ++it) {
-        const int o = it.other();
-        if (!focus.get_ind(o))
-            continue;
-        const float m = margin(o);
-        const float w = wgt.get_edge_weight(it.edge());
-        if (!in) {
-            if (m + w < 0.0f)
-                return true;
-            focus.clr_ind(o);
-        } else if (m - w < 0.0f) {
-            return true;
-        }
-    }
-    return false;
-}
-
-} // namespace
-
 bool BicGreedyOpt::var_will_turn_foc_exp_bad(int node, bool in) {
     ds_bitvec focus(m_init_exps);
     m_edge_iter->restart(node, GraphBaseEdgeIter::In);
@@ -179,22 +149,7 @@ void BicGreedyOpt::take_kernel(ExpVarBiclust& bic, ds_bitvec& used_exp, ds_bitve
     // One condition or variable stands in one orientation only.
     for (ds_bitvec_iter e(m_init_exps); e; ++e)
         used_exp.set_ind(m_graph.node_exp(e));
-    std::vector<int> last_group(used_var.size(), -1), last_node(used_var.size(), -1);
-    for (ds_bitvec_iter it(m_init_vars); it; ++it) {
-        const int node = it;
-        const int v = m_graph.node_var(node);
-        const int group = m_graph.node_group(node);
-        if (used_var.get_ind(v)) {
-            std::cerr << "Double var " << v << " in bic kernel" << std::endl;
-            if (last_group[v] == 0 || group < last_group[v])
-                bic.del_var_node(last_node[v]);
-            else
-                bic.del_var_node(node);
-        }
-        last_group[v] = group;
-        last_node[v] = node;
-        used_var.set_ind(v);
-    }
+    keep_one_node_per_var(m_graph, bic, used_var);
     m_init_exps = bic.m_exps;
     m_init_vars = bic.m_vars;
     m_heap.reset(-1);
@@ -328,4 +283,24 @@ BicVarSeperGreedy::~BicVarSeperGreedy() {}
 float BicVarSeperGreedy::get_cur_score() const {
     std::cerr << "cur seper " << m_track.m_seper << std::endl;
     return m_track.m_seper;
+}
+
+void keep_one_node_per_var(const ExpVarGraphBase& graph, ExpVarBiclust& bic, ds_bitvec& used_var) {
+    const ds_bitvec seed(bic.m_vars);
+    std::vector<int> last_group(used_var.size(), -1), last_node(used_var.size(), -1);
+    for (ds_bitvec_iter it(seed); it; ++it) {
+        const int node = it;
+        const int v = graph.node_var(node);
+        const int group = graph.node_group(node);
+        if (used_var.get_ind(v)) {
+            std::cerr << "Double var " << v << " in bic kernel" << std::endl;
+            if (last_group[v] == 0 || group < last_group[v])
+                bic.del_var_node(last_node[v]);
+            else
+                bic.del_var_node(node);
+        }
+        last_group[v] = group;
+        last_node[v] = node;
+        used_var.set_ind(v);
+    }
 }

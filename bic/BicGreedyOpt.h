@@ -7,12 +7,48 @@
 #include "BicSeperObs.h"
 #include "DynBiclust.h"
 #include "ExpClasses.h"
+#include "ExpVarGraphBase.h"
+#include "WgtSchemeBase.h"
+#include "ds/BitVec.h"
+#include "ds/GraphBaseEdgeIter.h"
 
 #include <memory>
 #include <string>
 #include <vector>
 
 class options;
+
+// Walks the edges `it` was restarted on. With the node out (`in` false) it would join: a seed node
+// at the other end, still in `focus`, turns bad if its margin plus the edge's weight falls below 0,
+// and leaves `focus` otherwise, so that `focus` ends with the seed nodes the node has no edge to.
+// With the node in it would leave: the margin minus the weight is what counts. `margin` gives the
+// margin of a seed node by node id; the edges are taken in the iterator's order, and the first
+// seed node that turns bad ends the walk.
+template <class Margin>
+bool edge_turns_focus_bad(GraphBaseEdgeIter& it, const WgtSchemeBase& wgt, ds_bitvec& focus, bool in,
+                          Margin margin) {
+    for (; !it.at_end(); ++it) {
+        const int o = it.other();
+        if (!focus.get_ind(o))
+            continue;
+        const float m = margin(o);
+        const float w = wgt.get_edge_weight(it.edge());
+        if (!in) {
+            if (m + w < 0.0f)
+                return true;
+            focus.clr_ind(o);
+        } else if (m - w < 0.0f) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// A variable stands in a seed in one orientation only: of two nodes of one variable id, in node
+// order, the earlier is deleted from `bic` if its group is 0 or the later group is the smaller, else
+// the later one ("Double var " id " in bic kernel" on the error stream). Every variable id seen is
+// set in `used_var`, which must cover the ids.
+void keep_one_node_per_var(const ExpVarGraphBase& graph, ExpVarBiclust& bic, ds_bitvec& used_var);
 
 // Keys in the scope given, all required: CanDelInitExp, CanAddExp, CanDelExp, CanDelInitVar, Logit
 // (trace each step and verify the bicluster at each step), AddExpCostFactor and DelExpCostFactor

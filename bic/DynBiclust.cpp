@@ -105,7 +105,9 @@ void ExpVarBiclust::add_edge_cnc(float& acc, int node, GraphBaseEdgeIter::Direct
 }
 
 void ExpVarBiclust::move_exp(int node, float sign) {
-    add_edge_cnc(m_score, node, GraphBaseEdgeIter::Out, m_vars, sign);
+    // Without variables no edge leads inside: only the per-bin sums move.
+    if (m_vars.on_bits() != 0)
+        add_edge_cnc(m_score, node, GraphBaseEdgeIter::Out, m_vars, sign);
     for (int b = 0; b < bins_num(); ++b) {
         const float w = m_wgt.get_non_edge_exp_weight(node, b);
         if (m_bin_count[b] != 0)
@@ -223,22 +225,26 @@ void ExpVarBiclust::dump_to_tables(int id, std::ostream& bick, std::ostream& bic
              << get_var_margin(v) << "\n";
 }
 
-DynBiclust::DynBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt)
-    : ExpVarBiclust(graph, wgt), m_dispatch(7 + 3 * graph.m_node_count), m_cur_edge(-1), m_cur_var_bin(-1),
-      m_cur_var_node(-1), m_cur_exp_node(-1), m_event_iter(graph.new_edge_iter(0, GraphBaseEdgeIter::Out)) {
-    setup_event_codes();
+DynBiclust::DynBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt) : DynBiclust(graph, wgt, 7, 3, 0) {}
+
+DynBiclust::DynBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt, int first_code, int stride,
+                       int extra)
+    : ExpVarBiclust(graph, wgt), m_dispatch(first_code + stride * graph.m_node_count + extra), m_cur_edge(-1),
+      m_cur_var_bin(-1), m_cur_var_node(-1), m_cur_exp_node(-1),
+      m_event_iter(graph.new_edge_iter(0, GraphBaseEdgeIter::Out)) {
+    setup_event_codes(first_code, stride);
 }
 
 DynBiclust::DynBiclust(const DynBiclust& src)
     : ExpVarBiclust(src), m_dispatch(7 + 3 * src.m_graph.m_node_count), m_cur_edge(-1), m_cur_var_bin(-1),
       m_cur_var_node(-1), m_cur_exp_node(-1),
       m_event_iter(src.m_graph.new_edge_iter(0, GraphBaseEdgeIter::Out)) {
-    setup_event_codes();
+    setup_event_codes(7, 3);
 }
 
 DynBiclust::~DynBiclust() {}
 
-void DynBiclust::setup_event_codes() {
+void DynBiclust::setup_event_codes(int first, int stride) {
     const int n = m_graph.m_node_count;
     m_change_me.assign(n, -1);
     m_exp_add_adj.assign(n, -1);
@@ -246,13 +252,14 @@ void DynBiclust::setup_event_codes() {
     m_var_add_adj.assign(n, -1);
     m_var_del_adj.assign(n, -1);
     for (int k = 0; k < n; ++k) {
-        m_change_me[k] = 7 + 3 * k;
+        const int own = first + stride * k;
+        m_change_me[k] = own;
         if (m_graph.is_exp_node(k)) {
-            m_exp_add_adj[k] = 8 + 3 * k;
-            m_exp_del_adj[k] = 9 + 3 * k;
+            m_exp_add_adj[k] = own + 1;
+            m_exp_del_adj[k] = own + 2;
         } else {
-            m_var_add_adj[k] = 8 + 3 * k;
-            m_var_del_adj[k] = 9 + 3 * k;
+            m_var_add_adj[k] = own + 1;
+            m_var_del_adj[k] = own + 2;
         }
     }
 }
@@ -264,29 +271,38 @@ void DynBiclust::reset() {
 
 void DynBiclust::add_var_node(int node) {
     ExpVarBiclust::add_var_node(node);
-    announce<VarSide>(node, true);
+    announce<VarSide>(node, true, false);
 }
 
 void DynBiclust::del_var_node(int node) {
     ExpVarBiclust::del_var_node(node);
-    announce<VarSide>(node, false);
+    announce<VarSide>(node, false, false);
 }
 
 void DynBiclust::add_exp_node(int node) {
     ExpVarBiclust::add_exp_node(node);
-    announce<CondSide>(node, true);
+    announce<CondSide>(node, true, false);
 }
 
 void DynBiclust::del_exp_node(int node) {
     ExpVarBiclust::del_exp_node(node);
-    announce<CondSide>(node, false);
+    announce<CondSide>(node, false, false);
 }
 
-template <class Side> void DynBiclust::announce(int node, bool added) {
+void DynBiclust::announce_var(int node, bool added, bool own_first) {
+    announce<VarSide>(node, added, own_first);
+}
+
+void DynBiclust::announce_exp(int node, bool added) { announce<CondSide>(node, added, false); }
+
+template <class Side> void DynBiclust::announce(int node, bool added, bool own_first) {
     typedef typename Side::Other Other;
     Side::set_current(*this, node);
+    if (own_first)
+        m_dispatch.invoke(m_change_me[node]);
     m_dispatch.invoke(added ? Side::kAdded : Side::kDeleted);
-    m_dispatch.invoke(m_change_me[node]);
+    if (!own_first)
+        m_dispatch.invoke(m_change_me[node]);
     const std::vector<int>& adj = added ? Other::add_adj(*this) : Other::del_adj(*this);
     for (m_event_iter->restart(node, Side::kToOther); !m_event_iter->at_end(); ++*m_event_iter) {
         m_cur_edge = m_event_iter->edge();

@@ -119,7 +119,10 @@ struct ExpVarBiclustHash {
 // A change raises, after the score is updated: its general code, the node's own code, then the
 // neighbour code of every node adjacent to it, inside the bicluster or not (outside nodes must know
 // their gain). m_cur_* say what the event is about.
-class DynBiclust : public ExpVarBiclust {
+//
+// ExpVarBiclust is a virtual base, so that a bicluster with further scores of its own (the property
+// bicluster) and this channel can be joined in one class that holds a single set of members.
+class DynBiclust : public virtual ExpVarBiclust {
 public:
     DynBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt);
     // A copy has the sets and sums of the source and a channel of its own, with no subscribers.
@@ -140,8 +143,10 @@ public:
     // Takes the sets and sums of `source` (no per-node events), then raises 6.
     void revert(const ExpVarBiclust& source);
 
-    // Fills the code vectors; the constructors call it, so it stays non-virtual.
-    void setup_event_codes();
+    // Fills the code vectors: node k's own code is first + stride * k, its two neighbour codes follow
+    // it. A derived channel with general codes of its own starts the node codes later, and one with
+    // more codes per node takes a longer stride. The constructors call it, so it stays non-virtual.
+    void setup_event_codes(int first, int stride);
 
     event_dispatch m_dispatch;
     std::vector<int> m_change_me;
@@ -154,10 +159,20 @@ public:
     int m_cur_var_node;
     int m_cur_exp_node;
 
+protected:
+    // A channel whose node codes start at `first_code`, `stride` codes a node (the general codes
+    // below `first_code` are the derived class's to define beyond 0 to 6), with room for `extra`
+    // codes after the node codes.
+    DynBiclust(const ExpVarGraphBase& graph, WgtSchemeBase& wgt, int first_code, int stride, int extra);
+
+    // After a variable (condition) node joined or left: sets m_cur_*, raises the side's general code
+    // and the node's own code (the own code first with `own_first`), then the neighbour code of
+    // every node adjacent to it.
+    void announce_var(int node, bool added, bool own_first);
+    void announce_exp(int node, bool added);
+
 private:
-    // After a node of `Side` joined (left): sets m_cur_*, raises the side's general code, the node's
-    // own code, then the neighbour code of every node adjacent to it.
-    template <class Side> void announce(int node, bool added);
+    template <class Side> void announce(int node, bool added, bool own_first);
     // Walks for the neighbour events; observers may walk the bicluster's own iterator meanwhile.
     std::unique_ptr<GraphBaseEdgeIter> m_event_iter;
 };

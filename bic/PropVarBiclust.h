@@ -20,8 +20,9 @@
 
 // The condition-variable bicluster with property nodes for condition nodes (the running score is
 // the base's), plus m_br_score, the sum of the relation weights among its variables when a relation
-// graph is given. m_ranked_score is left to the optimiser that ranks properties.
-class PropVarBiclust : public ExpVarBiclust {
+// graph is given. m_ranked_score is left to the optimiser that ranks properties. ExpVarBiclust is a
+// virtual base, shared with the event channel in PDynBiclust.
+class PropVarBiclust : public virtual ExpVarBiclust {
 public:
     PropVarBiclust(const PropVarGraphBase& graph, PropWgtSchemeBase& wgt, const BinRelGraphLayers* br_graph,
                    BinRelWgtSchemeBase* br_wgt);

@@ -40,6 +40,8 @@ void PropWgtSchemeGroupIndeg::reinit(options& opts, const std::string& scope) {
         VESK_FATAL(kSrc, "ModelP and MaxPU need a value for each of the " << layers << " layers");
     std::cerr << "v size " << m_layers.m_var_num << std::endl;
     const PropVarGraphLayers& g = m_layers;
+    if (m_debug)
+        std::cerr << "max prop node " << g.m_max_prop_node << std::endl;
     fill_tables(
         [this, &g](float p_u, bool is_edge, int exp_node) {
             return get_p_weight(p_u, is_edge, g.node_layer(exp_node), g.node_prop(exp_node));
@@ -47,6 +49,11 @@ void PropWgtSchemeGroupIndeg::reinit(options& opts, const std::string& scope) {
         [this, &g](int bin, int prop_node) {
             return g.node_layer(prop_node) != 0 ||
                    m_ec.ec_exps(m_bins.m_bin_ec[bin]).get_ind(g.node_prop(prop_node));
+        },
+        [&g](int bin, int node, int d, int bin_d, int E, float p_u, float w1, float w0) {
+            std::cerr << "WSIndeg node " << node << " bin " << bin << " E = " << E << " p_u " << p_u
+                      << " bin_d " << bin_d << " d = " << d << " prop_id = " << g.node_prop(node) << " layer "
+                      << g.node_layer(node) << " wgt = " << w1 << " no wgt = " << w0 << std::endl;
         });
 
     // Positive genes: the variables whose edge from the node adds over a non-edge.

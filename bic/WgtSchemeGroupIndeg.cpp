@@ -97,7 +97,8 @@ void WgtSchemeGroupIndeg::read_keys(options& opts, const std::string& scope, flo
     m_max_patch_pu = opts.get_float(scope, "MaxPatchPU", true);
 }
 
-void WgtSchemeGroupIndeg::fill_tables(const PWeight& p_weight, const PairCounted& counted) {
+void WgtSchemeGroupIndeg::fill_tables(const PWeight& p_weight, const PairCounted& counted,
+                                      const PairTrace& trace) {
     const ExpVarGraphBase& g = m_graph;
     const int exp_nodes = g.m_max_exp_node;
     const int bins = m_bins.m_bin_num;
@@ -140,12 +141,16 @@ void WgtSchemeGroupIndeg::fill_tables(const PWeight& p_weight, const PairCounted
             m_edge_exp_weight(b, e) = w1;
             m_non_edge_exp_weight(b, e) = w0;
             m_edge_exp_cnc(b, e) = w1 - w0;
-            if (m_debug)
+            if (m_debug && trace)
+                trace(b, e, d, bin_d, E, p_u, w1, w0);
+            else if (m_debug)
                 std::cerr << "bin " << b << " exp node " << e << " d " << d << " bin_d " << bin_d << " E "
                           << E << " p_u " << p_u << " w1 " << w1 << " w0 " << w0 << std::endl;
         }
     }
 
+    if (m_debug && trace)
+        std::cerr << "will init edges weights" << std::endl;
     m_edge_weight.assign(g.edges_id_space_size(), 0.0f);
     m_edge_cnc.assign(g.edges_id_space_size(), 0.0f);
     for (int e = 0; e < exp_nodes; ++e) {

@@ -75,7 +75,12 @@ protected:
     // The keys reinit reads, and the tables it computes with `p_weight`; by default a pair counts
     // when the bin's measurement class measured the node's condition.
     void read_keys(options& opts, const std::string& scope, float model_p);
-    void fill_tables(const PWeight& p_weight, const PairCounted& counted = PairCounted());
+    // With Logit, each weighed pair is traced: by `trace` if given (which then also announces the pass
+    // over the edges), else in the condition scheme's words.
+    typedef std::function<void(int bin, int exp_node, int d, int bin_d, int E, float p_u, float w1, float w0)>
+        PairTrace;
+    void fill_tables(const PWeight& p_weight, const PairCounted& counted = PairCounted(),
+                     const PairTrace& trace = PairTrace());
     // The two log ratios for model probability `model` and null probability `p` (already limited),
     // with the negative-to-positive limit and the series factor applied.
     void log_ratios(float model, float p, int exp_id, float& pos, float& neg) const;

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <set>
+#include <sstream>
 #include <tuple>
 
 namespace {
@@ -205,4 +206,26 @@ TEST(PropWgtSchemeGroupIndeg, WeightsByLayer) {
                 EXPECT_EQ(s.get_pos_genes(n).get_ind(v), std::count(pos[n].begin(), pos[n].end(), v) == 1)
                     << n << " " << v;
     }
+}
+
+TEST(PropWgtSchemeGroupIndeg, TracesEachPairWithItsLayer) {
+    PropWorld w;
+    auto g = w.build({w.aco.get(), w.annot.get(), w.pssm.get()});
+    options& o = bic_options(
+        "[Bins]\nMaxGroupBins = 1\nMinGroupInterval = 100\n"
+        "[Wgt]\nBinningScope = Bins\nMinimumPU = 0.01\nLogit = 1\nModelP = { f 3\n0.6 0.8 0.7\n}\n"
+        "MaxPU = { f 3\n0.5 0.5 0.5\n}\nLimitNegPosRatio = 0\nMinNegWeightRatio = 0.9\n"
+        "UseExpWeight = 0\n");
+    Quiet q;
+    ArrayVarEC ec(w.data);
+    PropWgtSchemeGroupIndeg s(*g, ec, o, "Wgt", true);
+    const std::string log = q.done();
+    // Class 0 (node 4): d 2, bin_d 1, E 3, p_u 2/3 before the MaxPU limit; log(0.8 / 0.5), log(0.2 / 0.5).
+    std::ostringstream line;
+    line << "WSIndeg node 4 bin 0 E = 3 p_u " << 2.0f / 3
+         << " bin_d 1 d = 2 prop_id = 0 layer 1 wgt = " << std::log(0.8f / 0.5f)
+         << " no wgt = " << std::log(0.2f / 0.5f) << "\n";
+    EXPECT_NE(log.find(line.str()), std::string::npos) << log;
+    EXPECT_NE(log.find("max prop node 7\n"), std::string::npos);
+    EXPECT_LT(log.find("WSIndeg node 6 "), log.find("will init edges weights\n"));
 }
