@@ -8,24 +8,23 @@
 #include <memory>
 
 PropPairCorr::PropPairCorr(const PropVarGraphBase& graph) : m_graph(graph), m_values(graph.m_max_prop_node) {
+    std::unique_ptr<GraphBaseEdgeIter> it(graph.new_edge_iter(0, GraphBaseEdgeIter::Out));
+    std::vector<std::pair<int, int>> edges; // (variable id, edge id)
     for (int p = 0; p < graph.m_max_prop_node; ++p) {
+        edges.clear();
+        for (it->restart(p); !it->at_end(); ++*it)
+            edges.emplace_back(graph.node_var(it->other()), it->edge());
+        // The edge of lowest id gives a variable reached twice its value.
+        std::sort(edges.begin(), edges.end());
         std::vector<std::pair<int, float>>& vals = m_values[p];
-        std::unique_ptr<GraphBaseEdgeIter> it(graph.new_edge_iter(p, GraphBaseEdgeIter::Out));
-        for (; !it->at_end(); ++*it) {
-            const int e = it->edge();
-            const float value = e < static_cast<int>(graph.m_edge_value.size()) ? graph.m_edge_value[e]
-                                                                                : graph.m_edge_weight[e];
-            vals.emplace_back(graph.node_var(it->other()), value);
+        for (const std::pair<int, int>& ve : edges) {
+            if (!vals.empty() && vals.back().first == ve.first)
+                continue;
+            const int e = ve.second;
+            vals.emplace_back(ve.first, e < static_cast<int>(graph.m_edge_value.size())
+                                            ? graph.m_edge_value[e]
+                                            : graph.m_edge_weight[e]);
         }
-        // The first edge met keeps its value when a variable is reached twice.
-        std::stable_sort(
-            vals.begin(), vals.end(),
-            [](const std::pair<int, float>& a, const std::pair<int, float>& b) { return a.first < b.first; });
-        vals.erase(std::unique(vals.begin(), vals.end(),
-                               [](const std::pair<int, float>& a, const std::pair<int, float>& b) {
-                                   return a.first == b.first;
-                               }),
-                   vals.end());
     }
 }
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 // A property node's values are the raw values of its edges (m_edge_value), by variable id; a variable
-// reached through several of its nodes counts once, with the value of the edge met first. The
+// reached through several of its nodes counts once, with the value of its edge of lowest id. The
 // correlation of two nodes is Pearson's r, in double, over the variable ids both have a value for; it
 // is 0 with fewer than two such variables or when either side doesn't vary over them.
 class PropPairCorr {
