@@ -74,18 +74,21 @@ void ISASeedOpti::del_gene_node(int node) {
 }
 
 void ISASeedOpti::restimate_prop_stats() {
-    const int bins = static_cast<int>(m_bin_mass.size());
-    std::unique_ptr<GraphBaseEdgeIter> it(m_graph.new_edge_iter(0, GraphBaseEdgeIter::Out));
+    std::vector<int> bins;
+    for (int b = 0; b < static_cast<int>(m_bin_mass.size()); ++b)
+        if (m_bin_mass[b] != 0.0f)
+            bins.push_back(b);
     for (int p = 0; p < m_graph.m_max_prop_node; ++p) {
         float s = 0.0f;
-        for (int b = 0; b < bins; ++b)
-            if (m_bin_mass[b] != 0.0f)
-                s += m_wgt.get_non_edge_prop_weight(p, b) * m_bin_mass[b];
-        for (it->restart(p); !it->at_end(); ++*it)
-            if (m_gene_weight[it->other()] != 0.0f)
-                s += m_wgt.get_edge_cnc(it->edge()) * m_gene_weight[it->other()];
+        for (int b : bins)
+            s += m_wgt.get_non_edge_prop_weight(p, b) * m_bin_mass[b];
         m_prop_score[p] = s;
     }
+    // The edge part walks the genes' edges: a gene set touches far fewer edges than the properties.
+    std::unique_ptr<GraphBaseEdgeIter> it(m_graph.new_edge_iter(0, GraphBaseEdgeIter::In));
+    for (ds_bitvec_iter v(m_genes); v; ++v)
+        for (it->restart(v); !it->at_end(); ++*it)
+            m_prop_score[it->other()] += m_wgt.get_edge_cnc(it->edge()) * m_gene_weight[v];
     mean_sd(m_prop_score, 0, m_graph.m_max_prop_node, m_prop_mean, m_prop_sd);
 }
 

@@ -14,6 +14,7 @@
 #include <cmath>
 #include <cstring>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <utility>
@@ -89,16 +90,20 @@ void PropVarBiclust::init_prop_set_clique(const SmallPropSet& key, float wgt) {
         add_prop_node(key[i]);
     if (n == 0)
         return;
-    // The variables of the kernel: the neighbours of the first property that every other one reaches.
+    // The variables of the kernel: the sorted neighbour lists of the properties, intersected.
     std::unique_ptr<GraphBaseEdgeIter> it(m_pgraph.new_edge_iter(key[0], GraphBaseEdgeIter::Out));
-    std::vector<int> vars;
-    for (; !it->at_end(); ++*it) {
-        const int v = it->other();
-        bool all = true;
-        for (int i = 1; i < n && all; ++i)
-            all = m_pgraph.get_edge(key[i], v) != -1;
-        if (all)
-            vars.push_back(v);
+    std::vector<int> vars, next, both;
+    for (; !it->at_end(); ++*it)
+        vars.push_back(it->other());
+    std::sort(vars.begin(), vars.end());
+    for (int i = 1; i < n && !vars.empty(); ++i) {
+        next.clear();
+        for (it->restart(key[i]); !it->at_end(); ++*it)
+            next.push_back(it->other());
+        std::sort(next.begin(), next.end());
+        both.clear();
+        std::set_intersection(vars.begin(), vars.end(), next.begin(), next.end(), std::back_inserter(both));
+        vars.swap(both);
     }
     std::sort(vars.begin(), vars.end());
     vars.erase(std::unique(vars.begin(), vars.end()), vars.end());
@@ -400,6 +405,17 @@ void PHashBiclust::gen_n_bests() {
         const float w = e->second;
         if (w < m_min_wgt)
             continue;
+        // Without variable focus, a key no property store of its own would take makes no candidate:
+        // the clique isn't worth building.
+        if (!m_focus_all_var) {
+            bool may_enter = false;
+            for (int i = 0; m_focus_all_prop && i < e->first.size() && !may_enter; ++i) {
+                const NBestMonotone<BicPtr>& nb = m_n_bests[e->first[i]];
+                may_enter = nb.m_n > 0 && !(w < nb.m_worst_best);
+            }
+            if (!may_enter)
+                continue;
+        }
         cand->init_prop_set_clique(e->first, w);
         if (cand->m_vars.on_bits() <= m_min_var_set_size)
             continue;
