@@ -83,19 +83,19 @@ std::size_t SmallPropSet::hash() const {
     return static_cast<std::size_t>(h ^ (h >> 32));
 }
 
-void PropVarBiclust::init_prop_set_clique(const SmallPropSet& key, float wgt) {
-    reset();
+namespace {
+// The variable nodes adjacent to every property of `key`, ascending: the sorted neighbour lists of
+// the properties, intersected.
+void clique_vars(const PropVarGraphBase& graph, const SmallPropSet& key, std::vector<int>& vars) {
+    vars.clear();
     const int n = key.size();
-    for (int i = 0; i < n; ++i)
-        add_prop_node(key[i]);
     if (n == 0)
         return;
-    // The variables of the kernel: the sorted neighbour lists of the properties, intersected.
-    std::unique_ptr<GraphBaseEdgeIter> it(m_pgraph.new_edge_iter(key[0], GraphBaseEdgeIter::Out));
-    std::vector<int> vars, next, both;
+    std::unique_ptr<GraphBaseEdgeIter> it(graph.new_edge_iter(key[0], GraphBaseEdgeIter::Out));
     for (; !it->at_end(); ++*it)
         vars.push_back(it->other());
     std::sort(vars.begin(), vars.end());
+    std::vector<int> next, both;
     for (int i = 1; i < n && !vars.empty(); ++i) {
         next.clear();
         for (it->restart(key[i]); !it->at_end(); ++*it)
@@ -105,10 +105,19 @@ void PropVarBiclust::init_prop_set_clique(const SmallPropSet& key, float wgt) {
         std::set_intersection(vars.begin(), vars.end(), next.begin(), next.end(), std::back_inserter(both));
         vars.swap(both);
     }
-    std::sort(vars.begin(), vars.end());
     vars.erase(std::unique(vars.begin(), vars.end()), vars.end());
+}
+} // namespace
+
+void PropVarBiclust::init_prop_set_clique(const SmallPropSet& key, float wgt) {
+    reset();
+    std::vector<int> vars;
+    clique_vars(m_pgraph, key, vars);
+    // Variables first: the properties then add the edges inside as they join.
     for (int v : vars)
         add_var_node(v);
+    for (int i = 0; i < key.size(); ++i)
+        add_prop_node(key[i]);
     (void)wgt;
 }
 
@@ -395,6 +404,7 @@ void PHashBiclust::offer(int node, const BicPtr& cand, float w, bool& changed) {
 void PHashBiclust::gen_n_bests() {
     m_min_wgt = -1.0f;
     BicPtr cand(new PropVarBiclust(m_graph, m_wgt, nullptr, nullptr));
+    std::vector<int> vars;
     m_focus_heap.reset(0);
     for (int n = 0; n < m_graph.m_node_count; ++n) {
         const bool prop = m_graph.is_prop_node(n);
@@ -416,9 +426,11 @@ void PHashBiclust::gen_n_bests() {
             if (!may_enter)
                 continue;
         }
-        cand->init_prop_set_clique(e->first, w);
-        if (cand->m_vars.on_bits() <= m_min_var_set_size)
+        // The kernel's size first, so that a small one costs no bicluster.
+        clique_vars(m_graph, e->first, vars);
+        if (static_cast<int>(vars.size()) <= m_min_var_set_size)
             continue;
+        cand->init_prop_set_clique(e->first, w);
         bool changed = false;
         if (m_focus_all_prop)
             for (int i = 0; i < e->first.size(); ++i) {
