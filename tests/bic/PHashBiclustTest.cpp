@@ -214,15 +214,6 @@ TEST(SmallPropSet, SortedSixSlotsEqualityAndHash) {
     EXPECT_EQ(a[1], 40);
     EXPECT_FALSE(a.contains(17));
     EXPECT_TRUE(a != b);
-    // Keys that differ in one slot only spread over the buckets.
-    std::set<std::size_t> hashes;
-    for (int n = 0; n < 1000; ++n) {
-        SmallPropSet k;
-        k.add(n);
-        k.add(n + 1000);
-        hashes.insert(k.hash() % 4096);
-    }
-    EXPECT_GT(hashes.size(), 700u);
 }
 
 TEST(SmallPropSetDeath, FullSetAndWideNode) {
