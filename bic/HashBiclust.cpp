@@ -1,6 +1,7 @@
 // NeigHash and HashBiclust: hashed kernels of variable neighbourhoods as seeds of the greedy search.
 #include "HashBiclust.h"
 
+#include "HashSearchUtil.h"
 #include "Random.h"
 #include "UniformUrn.h"
 #include "ds/BitVecIter.h"
@@ -163,19 +164,11 @@ void NeigHash::gather_neighbourhood(int v, GraphBaseEdgeIter& it, bool lowered) 
 }
 
 void NeigHash::record(const ds_bitvec& key, float wgt) {
-    Table::iterator found = m_table.find(key);
-    const bool room = m_table.size() < m_max_hash_table_size;
-    if (found == m_table.end()) {
-        if (!(room && wgt > 0.0f))
-            return;
-        if (m_table.size() % 10000 == 0)
-            std::cerr << "hash size " << m_table.size() << "\n";
-        found = m_table.emplace(key, WeightedVarSet()).first;
-    } else if (room && m_table.size() % 10000 == 0) {
-        std::cerr << "hash size " << m_table.size() << "\n";
-    }
-    found->second.m_weight += wgt;
-    found->second.add_var(m_cur_var);
+    WeightedVarSet* entry = hash_table_entry(m_table, key, m_max_hash_table_size, wgt);
+    if (!entry)
+        return;
+    entry->m_weight += wgt;
+    entry->add_var(m_cur_var);
 }
 
 void NeigHash::hash_up_count(ds_bitvec& key, float wgt, int last, int depth) {
@@ -410,87 +403,8 @@ void HashBiclust::grow_biclusts() {
     }
 }
 
-namespace {
-// The condition ids and variable ids of a bicluster's nodes, with multiplicity: layer k holds the ids
-// met more than k times (a condition or a variable may stand in the bicluster in both orientations).
-struct IdLayers {
-    std::vector<ds_bitvec> exps, vars;
-    int cells;
-};
-
-void add_id(std::vector<ds_bitvec>& layers, int size, int id) {
-    if (id < 0 || id >= size)
-        return;
-    std::size_t k = 0;
-    while (k < layers.size() && layers[k].get_ind(id))
-        ++k;
-    if (k == layers.size()) {
-        layers.emplace_back(size);
-        layers.back().clear();
-    }
-    layers[k].set_ind(id);
-}
-
-IdLayers id_layers(const ExpVarGraphBase& g, const ExpVarBiclust& b) {
-    IdLayers out;
-    for (ds_bitvec_iter e(b.m_exps); e; ++e)
-        add_id(out.exps, g.m_exp_num, g.node_exp(e));
-    for (ds_bitvec_iter v(b.m_vars); v; ++v)
-        add_id(out.vars, g.m_var_num, g.node_var(v));
-    out.cells = b.m_exps.on_bits() * b.m_vars.on_bits();
-    return out;
-}
-
-// Nodes of the bicluster of `two` whose id is in `one` (a set of ids).
-int shared_ids(const ds_bitvec& one, const std::vector<ds_bitvec>& two) {
-    int n = 0;
-    for (const ds_bitvec& layer : two)
-        n += one.on_bits_and(layer);
-    return n;
-}
-} // namespace
-
 void HashBiclust::reduce_bic_set(float max_overlap) {
-    // The ids of every result are gathered once, beside the list, so that a pair costs a few word
-    // operations; an empty layer list stands for no ids.
-    std::list<IdLayers> ids;
-    for (const ExpVarBiclust& b : m_bics)
-        ids.push_back(id_layers(m_graph, b));
-    ds_bitvec none_exps(m_graph.m_exp_num), none_vars(m_graph.m_var_num);
-    none_exps.clear();
-    none_vars.clear();
-    std::list<IdLayers>::iterator i1 = ids.begin();
-    for (std::list<ExpVarBiclust>::iterator b1 = m_bics.begin(); b1 != m_bics.end();) {
-        const ds_bitvec& exps1 = i1->exps.empty() ? none_exps : i1->exps[0];
-        const ds_bitvec& vars1 = i1->vars.empty() ? none_vars : i1->vars[0];
-        const int size1 = i1->cells;
-        bool b1_gone = false;
-        std::list<IdLayers>::iterator i2 = std::next(i1);
-        for (std::list<ExpVarBiclust>::iterator b2 = std::next(b1); b2 != m_bics.end();) {
-            const int e = shared_ids(exps1, i2->exps);
-            const int v = shared_ids(vars1, i2->vars);
-            const int inter = e * v;
-            const int size2 = i2->cells;
-            const float overlap = static_cast<float>(inter) / static_cast<float>(size1 + size2 - inter);
-            if (overlap > max_overlap) {
-                if (b2->m_score < b1->m_score) {
-                    std::cerr << "remove b2 " << b2->m_score << "\n";
-                    b2 = m_bics.erase(b2);
-                    i2 = ids.erase(i2);
-                    continue;
-                }
-                std::cerr << "remove b1 " << b1->m_score << "\n";
-                b1 = m_bics.erase(b1);
-                i1 = ids.erase(i1);
-                b1_gone = true;
-                break;
-            }
-            ++b2;
-            ++i2;
-        }
-        if (!b1_gone) {
-            ++b1;
-            ++i1;
-        }
-    }
+    const ExpVarGraphBase& g = m_graph;
+    reduce_overlapping_bics(
+        m_bics, g, g.m_exp_num, [&g](int node) { return g.node_exp(node); }, max_overlap);
 }

@@ -18,6 +18,8 @@
 #include <string>
 #include <vector>
 
+class SmallPropSet;
+
 // The condition-variable bicluster with property nodes for condition nodes (the running score is
 // the base's), plus m_br_score, the sum of the relation weights among its variables when a relation
 // graph is given. m_ranked_score is left to the optimiser that ranks properties. ExpVarBiclust is a
@@ -38,6 +40,7 @@ public:
 
     // The variable nodes of `group` for the variable ids set in `vars`, those not inside yet.
     void add_var_set(const ds_bitvec& vars, int group);
+    void init_prop_set_clique(const SmallPropSet& key, float wgt);
     float get_prop_margin(int node) const { return get_exp_margin(node); }
     // The base margin plus the weights of the variable's relations to variables inside.
     float get_var_margin(int node) const;

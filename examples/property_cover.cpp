@@ -4,95 +4,32 @@
 // the graph in the chosen layers.
 //
 //   property_cover <option file>      (see examples/README.md for the scopes and keys)
-#include "ArrayVarEC.h"
 #include "BicSetCoverGreedy.h"
-#include "DnaSeqGenomePromoters.h"
-#include "ExampleExpr.h"
+#include "ExampleProp.h"
 #include "PropVarBiclust.h"
-#include "PropVarLayers.h"
-#include "PropWgtScheme.h"
-#include "PssmSet.h"
-#include "StateDataSetReal.h"
-#include "ValSpaceProb.h"
-#include "VarClasses.h"
-#include "VarUniverse.h"
 #include "ds/BitVecIter.h"
 #include "options.h"
 
 #include <fstream>
 #include <iostream>
-#include <memory>
 #include <string>
-
-namespace {
-
-// Name of a property node: the condition name, the PSSM consensus or the class name.
-std::string prop_name(const PropVarGraphLayers& g, int node, const StateDataSetReal& data,
-                      const PssmSet* pssms, const VarClasses* classes) {
-    const int id = g.node_prop(node);
-    switch (g.node_layer(node)) {
-    case 0:
-        return id < static_cast<int>(data.m_e_names.size()) ? data.m_e_names[id] : "";
-    case 1:
-        return pssms ? pssms->m_consensus[id] : "";
-    default:
-        return classes ? classes->m_class_names[id] : "";
-    }
-}
-} // namespace
 
 int main(int argc, char** argv) {
     options opts;
     if (const int rc = read_option_file(argc, argv, "property_cover", opts))
         return rc;
 
-    ValSpaceProb space(opts, "ValSpace", false);
-    VarUniverse universe(&space);
-    StateDataSetReal data(universe);
-    if (!read_expression(opts, universe, data))
+    PropGraphInput in(opts);
+    if (!in.build(opts))
         return 1;
-    std::cout << universe.size() << " genes, " << data.m_E << " conditions" << std::endl;
-
-    PropVarGraphLayers graph(universe, opts, "Layers");
-    graph.m_layers.assign(3, nullptr);
-    PropVarLayerACO exp_layer(data, opts, "ExpLayer");
-    graph.m_layers[0] = &exp_layer;
-
-    std::unique_ptr<PssmSet> pssms;
-    DnaSeqGenomePromoters<DnaSequence> promoters;
-    std::unique_ptr<PropVarLayerPSSM> pssm_layer;
-    if (opts.has_option("Tables", "Promoters")) {
-        std::ifstream fasta;
-        if (!open_in(fasta, opts.get_str("Tables", "Promoters", true)))
-            return 1;
-        promoters.read_fasta(opts.get_int("Tables", "PromoterLength", true), universe, fasta, false, false);
-        pssms.reset(new PssmSet);
-        pssms->read(opts.get_str("Tables", "pssm_key", true), opts.get_str("Tables", "pssm_data", true),
-                    opts.get_int("Tables", "pssm_max_range", true), 0, 0.025f, false);
-        pssm_layer.reset(new PropVarLayerPSSM(*pssms, promoters, opts, "PssmLayer"));
-        graph.m_layers[1] = pssm_layer.get();
-    }
-    std::unique_ptr<VarClasses> classes;
-    std::unique_ptr<PropVarLayerAnnot> annot_layer;
-    if (opts.has_option("Tables", "goclskey")) {
-        classes.reset(new VarClasses);
-        if (!classes->read(opts.get_str("Tables", "goclskey", true), opts.get_str("Tables", "clsassoc", true),
-                           universe.size(), nullptr))
-            return 1;
-        annot_layer.reset(new PropVarLayerAnnot(*classes, opts, "AnnotLayer"));
-        graph.m_layers[2] = annot_layer.get();
-    }
-    graph.build_layers();
-    ArrayVarEC ec(data);
-    PropWgtSchemeGroupIndeg wgt(graph, ec, opts, "Weights", true);
-    std::cout << graph.m_max_prop_node << " property nodes, " << graph.edges_num() << " edges" << std::endl;
+    const PropVarGraphLayers& graph = *in.graph;
+    PropWgtSchemeGroupIndeg& wgt = *in.wgt;
 
     std::ofstream nodes_out(opts.get_str("Tables", "OutPropNodes", true));
     nodes_out << "node\tlayer\tgroup\tprop\tname\tedges\tpos_genes\n";
     for (int n = 0; n < graph.m_max_prop_node; ++n)
         nodes_out << n << "\t" << graph.node_layer(n) << "\t" << graph.node_group(n) << "\t"
-                  << graph.get_property_number(n) << "\t"
-                  << prop_name(graph, n, data, pssms.get(), classes.get()) << "\t"
+                  << graph.get_property_number(n) << "\t" << in.prop_name(n) << "\t"
                   << graph.node_out_edges_num(n) << "\t" << wgt.get_pos_genes(n).on_bits() << "\n";
 
     PBicSet set(graph, wgt);
