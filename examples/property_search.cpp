@@ -6,6 +6,7 @@
 //   property_search <option file>      (see examples/README.md for the scopes and keys)
 #include "ExampleProp.h"
 #include "ISASeedOpti.h"
+#include "PBicGreedyOpt.h"
 #include "PBicLocalOpt.h"
 #include "PHashBiclust.h"
 #include "PropVarBiclust.h"
@@ -30,7 +31,7 @@ std::unique_ptr<PBicLocalOpt> make_optimizer(options& opts, const PropVarGraphLa
     if (name == "isa")
         return std::unique_ptr<PBicLocalOpt>(new ISASeedOpti(graph, wgt, opts, "ISA"));
     if (name == "greedy")
-        VESK_FATAL(kSrc, "Optimizer greedy is not available in this build");
+        return std::unique_ptr<PBicLocalOpt>(new PBicGreedyOpt(graph, wgt, opts, "Greedy"));
     VESK_FATAL(kSrc, "Unknown optimizer " << name << ", expected greedy or isa");
     return nullptr;
 }
