@@ -26,8 +26,8 @@ std::string ExpSeqDB::scope_key(const std::string& key) {
 }
 
 ExpSeqDB::ExpSeqDB(options& opts, const std::string& scope, bool skip_universe)
-    : m_opts(opts), m_scope(scope), m_val_space(opts, scope_key("ValSpaceScope"),
-                                                is_default(scope_key("ValSpaceScope"))),
+    : m_opts(opts), m_scope(scope),
+      m_val_space(opts, scope_key("ValSpaceScope"), is_default(scope_key("ValSpaceScope"))),
       m_universe(&m_val_space), m_ok_vars(0), m_expset(m_universe),
       m_graph(m_universe, m_expset, opts, scope_key("GraphScope"), false),
       m_lgraph(m_universe, opts, scope_key("GraphScope")),
@@ -206,7 +206,8 @@ void ExpSeqDB::init_graph() {
     m_graph.init(m_opts, scope, cond_orient != 0, true);
     m_opts.get_int(scope, "AllowVarOrientation", true);
     std::cerr << "DB max exp node of graph is " << m_graph.m_max_exp_node << std::endl;
-    m_wgt.reset(new WgtSchemeGroupIndeg(m_graph, *m_array_ec, m_opts, m_opts.get_str(m_scope, "WgtCalcScope", true),
+    m_wgt.reset(new WgtSchemeGroupIndeg(m_graph, *m_array_ec, m_opts,
+                                        m_opts.get_str(m_scope, "WgtCalcScope", true),
                                         m_opts.get_float(m_scope, "PU", true), true));
 }
 
@@ -226,12 +227,14 @@ void ExpSeqDB::init_lgraph(int randomize) {
         case 1:
             if (!m_pssms)
                 VESK_FATAL(kSrc, "Cannot build the PSSM layer before init_pssms");
-            made = new PropVarLayerPSSM(*m_pssms, m_genome, m_opts, m_opts.get_str(m_scope, "PSSMLayerScope", true));
+            made = new PropVarLayerPSSM(*m_pssms, m_genome, m_opts,
+                                        m_opts.get_str(m_scope, "PSSMLayerScope", true));
             break;
         case 2:
             if (!m_classes)
                 VESK_FATAL(kSrc, "Cannot build the annotation layer before init_gene_classes");
-            made = new PropVarLayerAnnot(*m_classes, m_opts, m_opts.get_str(m_scope, "AnnotsLayerScope", true));
+            made =
+                new PropVarLayerAnnot(*m_classes, m_opts, m_opts.get_str(m_scope, "AnnotsLayerScope", true));
             break;
         case 3:
             made = new PropVarLayerACO(m_loca_set, m_opts, m_opts.get_str(m_scope, "LocaGraphScope", true));
@@ -309,7 +312,8 @@ void ExpSeqDB::init_location() {
 }
 
 void ExpSeqDB::init_phenotype() {
-    read_pair(m_pheno_set, "phenor", "phenok", m_opts.get_float("PhenoProbValSpace", "PhenoDefaultVal", true));
+    read_pair(m_pheno_set, "phenor", "phenok",
+              m_opts.get_float("PhenoProbValSpace", "PhenoDefaultVal", true));
 }
 
 void ExpSeqDB::full_init_from_matrix(std::istream& in, bool cond_std, bool gene_std, bool gene_std_flag) {

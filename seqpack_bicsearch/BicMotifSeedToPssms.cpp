@@ -34,14 +34,17 @@ BicMotifSeedToPssms::BicMotifSeedToPssms(const DnaSeqGenomePromoters<DnaSequence
       m_max_pos_entropy(opts.get_float(scope, "MaxPosEntropy", true)), m_from(0), m_to(1000000), m_dir(0),
       m_focus_count(0), m_motif_from(0), m_motif_to(0), m_score(0.0f),
       m_thresh_score(opts.get_float(scope, "ThreshScore", true)), m_fp_thresh(0.0f),
-      m_max_vars(opts.get_int(scope, "MaxVars", true)), m_max_pat_length(opts.get_int(scope, "MaxPatLength", true)),
+      m_max_vars(opts.get_int(scope, "MaxVars", true)),
+      m_max_pat_length(opts.get_int(scope, "MaxPatLength", true)),
       m_max_pad(opts.get_int(scope, "MaxPad", true)),
       m_min_bic_frac(opts.get_float(scope, "MinMotifBicFrac", true)),
       m_fp_thresh_score(opts.get_float(scope, "FpThreshScore", true)),
       m_binom(allowed.on_bits() + 2, kBinomOverlaps), m_best_hit(0), m_focus(allowed.size()),
       m_logit(opts.get_int(scope, "Logit", true) != 0), m_pssm_id(0),
-      m_motfps_out(opts.get_str(scope, "out_motfps", true)), m_pssmk_out(opts.get_str(scope, "out_pssmk", true)),
-      m_pssmd_out(opts.get_str(scope, "out_pssmd", true)), m_gen_pos_rpt(opts.get_int(scope, "GenPosRpt", false) != 0),
+      m_motfps_out(opts.get_str(scope, "out_motfps", true)),
+      m_pssmk_out(opts.get_str(scope, "out_pssmk", true)),
+      m_pssmd_out(opts.get_str(scope, "out_pssmd", true)),
+      m_gen_pos_rpt(opts.get_int(scope, "GenPosRpt", false) != 0),
       m_gen_flank(opts.get_int(scope, "GenFlank", false) != 0), m_flank_bp(0),
       m_mot_hits(static_cast<std::size_t>(genome.id_space_size())) {
     m_prior.resize(4, 0.0f);
@@ -115,7 +118,8 @@ void BicMotifSeedToPssms::find_best_threshold(bool final) {
         h.m_pos = max_like_match(gene, h.m_ml, h.m_dir);
         m_hits.push_back(h);
     }
-    std::stable_sort(m_hits.begin(), m_hits.end(), [](const MlHit& a, const MlHit& b) { return a.m_ml > b.m_ml; });
+    std::stable_sort(m_hits.begin(), m_hits.end(),
+                     [](const MlHit& a, const MlHit& b) { return a.m_ml > b.m_ml; });
     m_best_hit = 0;
     const int total = static_cast<int>(m_hits.size());
     const int focus = m_focus_count;
@@ -233,7 +237,8 @@ void BicMotifSeedToPssms::mask_match(int gene, float thresh, int id, bool report
         if (m_gen_pos_rpt)
             m_pos_out << id << "\t" << gene << "\t" << s << "\t" << dir << "\t" << ll << "\n";
         if (m_logit)
-            std::cerr << "masking " << (dir == 1 ? "" : "rc ") << gene << " at " << s << " ll " << ll << std::endl;
+            std::cerr << "masking " << (dir == 1 ? "" : "rc ") << gene << " at " << s << " ll " << ll
+                      << std::endl;
         for (int p = s + m_motif_from; p <= s + m_motif_to; ++p)
             if (p >= 0 && p < length)
                 m_mask[gene][p] = 1;
@@ -355,7 +360,8 @@ void BicMotifSeedToPssms::optimize(int id, const ds_bitvec& genes, const std::ve
     }
 }
 
-void BicMotifSeedToPssms::optimize_pssm(int id, const ds_bitvec& genes, DnaPSSM& pssm, float& score, bool dry) {
+void BicMotifSeedToPssms::optimize_pssm(int id, const ds_bitvec& genes, DnaPSSM& pssm, float& score,
+                                        bool dry) {
     clear_masks();
     m_focus = genes;
     m_focus.set_size(m_allowed.size());

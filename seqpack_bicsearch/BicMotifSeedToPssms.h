@@ -44,8 +44,8 @@ public:
         std::string m_text;
     };
 
-    BicMotifSeedToPssms(const DnaSeqGenomePromoters<DnaSequence>& genome, const ds_bitvec& allowed, options& opts,
-                        const std::string& scope);
+    BicMotifSeedToPssms(const DnaSeqGenomePromoters<DnaSequence>& genome, const ds_bitvec& allowed,
+                        options& opts, const std::string& scope);
 
     // Clears results and masks, takes `genes` as the focus and tries each seed in order.
     void optimize(int id, const ds_bitvec& genes, const std::vector<std::string>& seeds);

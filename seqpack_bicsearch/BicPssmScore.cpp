@@ -81,8 +81,8 @@ float BicPssmScore::score(const DnaPSSM& pssm) {
     m_score = found ? best : 0.0f;
     m_best_thresh = best_thresh;
     if (m_logit)
-        std::cerr << "BicPssmScore done scoring, have " << m_best_genes.size() << " genes, score = " << m_score
-                  << std::endl;
+        std::cerr << "BicPssmScore done scoring, have " << m_best_genes.size()
+                  << " genes, score = " << m_score << std::endl;
     return m_score;
 }
 
@@ -93,8 +93,8 @@ struct WindowSums {
     explicit WindowSums(int conds) : sum(conds, 0.0f), sumsq(conds, 0.0f), n(conds, 0) {}
     void move(const StateDataSetReal& data, int gene, int sign) {
         for (int e = 0; e < static_cast<int>(sum.size()); ++e) {
-            const float v = gene < data.m_data.rows() && e < data.m_data.cols() ? data.m_data(gene, e)
-                                                                                : kMissingVal;
+            const float v =
+                gene < data.m_data.rows() && e < data.m_data.cols() ? data.m_data(gene, e) : kMissingVal;
             if (is_missing_val(v))
                 continue;
             sum[e] += static_cast<float>(sign) * v;
@@ -163,7 +163,8 @@ void BicPssmScore::score_moving_avg(const DnaPSSM& pssm, const StateDataSetReal&
                 m_scores.push_back(calc_score());
                 m_ml_vals.push_back(m_hits[r - 1].m_ml);
                 if (plot) {
-                    *plot << "PLOT\t" << r << "\t" << m_hits[r - 1].m_ml << "\t" << window << "\t" << bins.size();
+                    *plot << "PLOT\t" << r << "\t" << m_hits[r - 1].m_ml << "\t" << window << "\t"
+                          << bins.size();
                     for (int b : bins)
                         *plot << "\t" << b;
                     *plot << "\n";

@@ -41,8 +41,9 @@ public:
     // `data` over the window's genes go to `avg` and `sd` (one row per point), the calculator's
     // score of the window to m_scores and the boundary's likelihood to m_ml_vals. Bin counts are
     // written to `plot` as PLOT lines when it is given.
-    void score_moving_avg(const DnaPSSM& pssm, const StateDataSetReal& data, std::vector<std::vector<float>>& avg,
-                          std::vector<std::vector<float>>& sd, std::ostream* plot);
+    void score_moving_avg(const DnaPSSM& pssm, const StateDataSetReal& data,
+                          std::vector<std::vector<float>>& avg, std::vector<std::vector<float>>& sd,
+                          std::ostream* plot);
 
     const DnaSeqGenomePromoters<DnaSequence>& m_genome;
     ASAPCalc& m_asap;
