@@ -19,7 +19,7 @@
 
 struct SeedWorld {
     enum { kGenes = 60, kConds = 12, kModule = 12 };
-    static constexpr const char* kPlanted = "TGACTCA";
+    static constexpr const char* kPlanted = "GATTGCC";
 
     Synth s;
     DnaSeqGenomePromoters<DnaSequence> genome;
