@@ -156,8 +156,9 @@ TEST(BicPssmScore, MovingAverageIsTheMeanOfTheLastGenesAboveEachBoundary) {
         ++point;
     }
     EXPECT_EQ(point, avg.size());
-    EXPECT_EQ(std::count(plot.str().begin(), plot.str().end(), '\n'), static_cast<long>(avg.size()));
-    EXPECT_EQ(plot.str().compare(0, 5, "PLOT\t"), 0);
+    const std::string text = plot.str();
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), static_cast<long>(avg.size()));
+    EXPECT_EQ(text.compare(0, 5, "PLOT\t"), 0);
 }
 
 TEST(BicPssmScoreDeathTest, NegativeVarianceOfTheWindowIsFatal) {
