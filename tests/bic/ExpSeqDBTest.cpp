@@ -12,7 +12,9 @@ namespace {
 
 const std::string kDir = "data/bic/hub/";
 
-std::string road(const std::string& name) { return read_file(source_dir() + "/" + kDir + "road_" + name + ".opt"); }
+std::string road(const std::string& name) {
+    return read_file(source_dir() + "/" + kDir + "road_" + name + ".opt");
+}
 
 // `text` with the value of `key` (the first line "key = ...") replaced.
 std::string with_key(std::string text, const std::string& key, const std::string& value) {
