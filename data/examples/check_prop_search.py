@@ -6,7 +6,7 @@ then property number) from the bicd lines, names taken from exp.expk, prop_pssm.
 no empty result; no two results overlapping by more than Hash::MaxOverlap (a property is its layer and
 number, so both orientations of a condition are one); and the planted module of make_example.py
 (genes 0-19 up in conditions 0-5, class 0 = genes 0-19) found again.
-    check_prop_search.py <property_search binary> <source dir>
+    check_prop_search.py <property_search binary> <source dir> [optimizer, isa when absent]
 """
 import collections, os, subprocess, sys, tempfile
 
@@ -23,6 +23,8 @@ def check(cond, what):
 outs = ["prop_search_bics.tsv", "prop_search.bick", "prop_search.bicd"]
 with tempfile.TemporaryDirectory() as tmp:
     opt = open(os.path.join(ex, "prop_search.opt")).read().replace("data/examples/", ex + "/")
+    if len(sys.argv) > 3:
+        opt = opt.replace("Optimizer = isa", "Optimizer = " + sys.argv[3])
     for name in outs:
         opt = opt.replace("= " + name, "= " + os.path.join(tmp, name))
     open(os.path.join(tmp, "run.opt"), "w").write(opt)
