@@ -3,8 +3,9 @@
 // Then the property greedy optimiser grows the candidates on the same graph, beside a plain greedy
 // walk that recomputes every node's margin at every step, and once more with the PSSM layer ranked.
 //
-//   prop_cover_bench [genes conditions promoter_length pssms classes candidates]
-//   (defaults 6000 300 1000 205 500 1000)
+//   prop_cover_bench [genes conditions promoter_length pssms classes candidates [pssmk pssmd]]
+//   (defaults 6000 300 1000 205 500 1000; with pssmk and pssmd, the PSSMs are read from those count
+//   tables, e.g. the JASPAR set that bench/data/fetch_seqpack.sh derives, instead of drawn at random)
 #include "ArrayVarEC.h"
 #include "BicSetCoverGreedy.h"
 #include "PBicGreedyOpt.h"
@@ -169,8 +170,17 @@ int main(int argc, char** argv) {
         for (int e = 0; e < conds; ++e)
             data.m_data(v, e) = gauss(rng) + ((v % 50 == e % 50 && v < 2000) ? 3.0f : 0.0f);
     PssmSet pssms;
-    pssms.m_pssms.resize(npssm);
+    if (argc > 8) {
+        std::streambuf* err = std::cerr.rdbuf(nullptr);
+        pssms.read(argv[7], argv[8], 0, 0, 0.025f, false);
+        std::cerr.rdbuf(err);
+        npssm = pssms.size();
+        std::cout << "PSSMs read from " << argv[8] << ": " << npssm << std::endl;
+    } else
+        pssms.m_pssms.resize(npssm);
     for (DnaPSSM& p : pssms.m_pssms) {
+        if (argc > 8)
+            break;
         p.resize(8 + rng() % 8);
         for (DnaProbVec& col : p.m_profile) {
             std::vector<float> pr(4);
@@ -182,7 +192,8 @@ int main(int argc, char** argv) {
             col.reset(pr);
         }
     }
-    pssms.m_consensus.assign(npssm, "");
+    if (argc <= 8)
+        pssms.m_consensus.assign(npssm, "");
     DnaSeqGenomePromoters<DnaSequence> proms;
     proms.m_promoters.resize(genes);
     for (int v = 0; v < genes; ++v) {
