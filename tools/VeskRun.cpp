@@ -10,6 +10,7 @@
 #include "VarClasses.h"
 #include "VarUniverse.h"
 #include "error.h"
+#include "idbound.h"
 #include "options.h"
 
 #include <algorithm>
@@ -182,10 +183,14 @@ void read_inputs(int argc, char** argv, VeskInputs& in) {
             VESK_FATAL(kSrc, "Cannot open sets orf file\n");
         std::string word;
         int set_id;
+        int row = 0;
         while (file >> word >> set_id) {
+            ++row;
             const int g = match_gene(univ, word);
-            if (g < 0 || set_id < 0)
+            if (g < 0)
                 continue;
+            if (!input_id_ok(set_id))
+                VESK_FATAL(kSrc, "Bad set id " << set_id << " in row " << row);
             if (set_id >= static_cast<int>(in.sets.size()))
                 in.sets.resize(set_id + 1);
             in.sets[set_id].push_back(g);
