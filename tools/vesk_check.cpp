@@ -133,6 +133,8 @@ bool writable(const std::string& path) {
 }
 
 int check(int argc, char** argv) {
+    // Findings reach the output even when a fatal of the readers ends the check.
+    std::cout << std::unitbuf;
     Report rep;
     options opts;
     std::map<std::string, KeyPlace> places;
