@@ -2,6 +2,7 @@
 #include "VarIdSpace.h"
 
 #include "error.h"
+#include "idbound.h"
 #include "strutil.h"
 
 #include <cstdio>
@@ -32,6 +33,9 @@ int VarIdSpace::id_of_attr_value(const std::string& value) const {
 void VarIdSpace::read_tab(std::istream& is) {
     int id = 0;
     is >> id;
+    // Every line of the table lands on this one id, which sizes the name tables.
+    if (is && !input_id_ok(id))
+        VESK_FATAL(kSrc, "Bad var id " << id << " in var id space table");
     std::vector<std::string> fields;
     while (is) {
         split_line(is, fields, '\t');

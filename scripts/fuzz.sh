@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer harnesses of tests/fuzz with clang (build-fuzz/) and fuzzes each reader in turn.
-#   scripts/fuzz.sh                 long campaign: every harness for FUZZ_TIME seconds (default 1800)
+#   scripts/fuzz.sh                 long campaign: every harness for FUZZ_TIME seconds (default 1800), or
+#                                   until FUZZ_RUNS inputs have run when that is set (FUZZ_TIME still caps it)
 #   scripts/fuzz.sh --replay        replays the committed corpora only (a crash fails)
 #   scripts/fuzz.sh --short [secs]  replay, then each harness for a few seconds (default 15): the CI step
 # Harnesses run one at a time under nice. New inputs go to build-fuzz/corpus/<harness>/ (not committed);
@@ -27,9 +28,12 @@ for dir in tests/fuzz/corpus/*/; do
     { echo "fuzz: $name crashed on a committed input, see build-fuzz/$name.replay.log" >&2; status=1; continue; }
   [ "$mode" = "--replay" ] && continue
   echo "== $name: fuzzing for ${secs}s"
-  (cd build-fuzz && nice -n 19 "tests/fuzz/$name" -max_total_time="$secs" -rss_limit_mb=2048 -timeout=20 \
+  runs=()
+  [ "$mode" = "long" ] && [ -n "${FUZZ_RUNS:-}" ] && runs=(-runs="$FUZZ_RUNS")
+  (cd build-fuzz && nice -n 19 "tests/fuzz/$name" "${runs[@]}" -max_total_time="$secs" -rss_limit_mb=2048 -timeout=20 \
      -max_len=4096 -print_final_stats=1 "corpus/$name" "../$dir" >"$name.fuzz.log" 2>&1) ||
     { echo "fuzz: $name found a crash, see build-fuzz/$name.fuzz.log" >&2; status=1; continue; }
-  grep -E "stat::number_of_executed_units|stat::peak_rss_mb|cov:" "build-fuzz/$name.fuzz.log" | tail -3
+  grep -E "^#[0-9]+[[:space:]]+DONE|stat::number_of_executed_units|stat::average_exec_per_sec|stat::peak_rss_mb" \
+    "build-fuzz/$name.fuzz.log"
 done
 exit $status

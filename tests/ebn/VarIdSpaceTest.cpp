@@ -41,6 +41,13 @@ TEST(VarIdSpaceDeathTest, TwoFieldsAreFatal) {
     EXPECT_DEATH(s.read_tab(in),
                  "VarIdSpace\\([0-9]+\\): Field number 2 is too small \\(at least 3 fields are "
                  "required\\) in reading var id space table");
+    // The one id sizes the tables: a negative or huge one is fatal before any line is read.
+    for (const char* id : {"-1", "2147483647", "4194304"}) {
+        std::istringstream bad(std::string(id) + "\tname\tdesc\n");
+        EXPECT_DEATH(s.read_tab(bad),
+                     std::string(R"(VarIdSpace\([0-9]+\): Bad var id )") + id + " in var id space table")
+            << id;
+    }
 }
 
 } // namespace
