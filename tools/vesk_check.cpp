@@ -89,18 +89,23 @@ long line_of(const std::string& text, std::string::size_type pos) {
 }
 
 // After a reader's loop stopped on `in` (a stream over `text`): if anything but white space is left,
-// the rows from there on are never read.
+// the rows from there on are never read. `row_start` is where the last row began: a row cut short at
+// the end of the file is not used either.
 void report_stop(Report& rep, const std::string& path, const std::string& table, const std::string& text,
-                 std::istream& in) {
+                 std::istream& in, std::streamoff row_start) {
     in.clear();
     std::streamoff at = in.tellg();
     if (at < 0)
         return;
     std::string::size_type pos = static_cast<std::string::size_type>(at);
-    // A token that failed to parse is still in the stream; one cut short at the end has gone.
-    while (pos > 0 && pos <= text.size() && text[pos - 1] != '\n' && text[pos - 1] != ' ' &&
-           text[pos - 1] != '\t' && text[pos - 1] != '\r')
-        --pos;
+    if (text.find_first_not_of(" \t\r\n", pos) == std::string::npos && row_start >= 0) {
+        pos = static_cast<std::string::size_type>(row_start);
+    } else {
+        // A token that failed to parse may have lost its first characters to the failed extraction.
+        while (pos > 0 && pos <= text.size() && text[pos - 1] != '\n' && text[pos - 1] != ' ' &&
+               text[pos - 1] != '\t' && text[pos - 1] != '\r')
+            --pos;
+    }
     const std::string::size_type next = text.find_first_not_of(" \t\r\n", pos);
     if (next == std::string::npos)
         return;
@@ -202,9 +207,10 @@ int check(int argc, char** argv) {
         std::istringstream again(text);
         int id;
         std::string a, b;
-        while (again >> id >> a >> b) {
+        std::streamoff start = 0;
+        while ((start = again.tellg(), static_cast<bool>(again >> id >> a >> b))) {
         }
-        report_stop(rep, varob, "varob", text, again);
+        report_stop(rep, varob, "varob", text, again, start);
     }
     const int n = univ.size();
     ds_bitvec mask(n);
@@ -221,9 +227,10 @@ int check(int argc, char** argv) {
         const std::string text = slurp(types);
         std::istringstream in(text);
         std::string k, t;
-        while (in >> k >> t) {
+        std::streamoff start = 0;
+        while ((start = in.tellg(), static_cast<bool>(in >> k >> t))) {
         }
-        report_stop(rep, types, "GoTypeTab", text, in);
+        report_stop(rep, types, "GoTypeTab", text, in, start);
     }
     VarClasses classes;
     {
@@ -239,13 +246,14 @@ int check(int argc, char** argv) {
             std::getline(in, name, '\t');
             in >> ignored;
         }
-        report_stop(rep, keys, "goclskey", text, in);
+        report_stop(rep, keys, "goclskey", text, in, -1);
         const std::string atext = slurp(assoc);
         std::istringstream ain(atext);
         int c, v;
-        while (ain >> c >> v) {
+        std::streamoff astart = 0;
+        while ((astart = ain.tellg(), static_cast<bool>(ain >> c >> v))) {
         }
-        report_stop(rep, assoc, "clsassoc", atext, ain);
+        report_stop(rep, assoc, "clsassoc", atext, ain, astart);
         if (!classes.read(keys, assoc, n, &mask))
             rep.at(keys, 0, "class tables cannot be opened: vesk runs with no classes");
     }
@@ -274,14 +282,15 @@ int check(int argc, char** argv) {
         std::istringstream in(text);
         std::string word;
         int set_id;
-        while (in >> word >> set_id) {
+        std::streamoff start = 0;
+        while ((start = in.tellg(), static_cast<bool>(in >> word >> set_id))) {
             const int g = match(univ, word);
             if (g >= 0 && !mask.get_ind(g))
                 rep.note(sets, line_of(text, static_cast<std::string::size_type>(in.tellg())),
                          "set member " + word +
                              " is not on the chip: it counts in the set's size, never in an overlap");
         }
-        report_stop(rep, sets, "SetsOrfs", text, in);
+        report_stop(rep, sets, "SetsOrfs", text, in, start);
     }
     std::cout << (rep.findings == 0 ? "vesk would use every row\n"
                                     : std::to_string(rep.findings) + " finding(s)\n");

@@ -78,7 +78,7 @@ EXPECT = {
     ("clsassoc", "missing"): "ok",
 }
 for table in TABLES:
-    for m in ("crlf", "trailing_tabs", "duplicate_rows", "no_final_newline", "empty"):
+    for m in ("crlf", "trailing_tabs", "duplicate_rows", "no_final_newline", "empty", "cut_row"):
         EXPECT.setdefault((table, m), "ok")
 
 # What vesk_check must say (a regex over its output) and its exit status, for the harmful cases.
@@ -89,6 +89,7 @@ CHECK = {
     ("goclskey", "missing"): (r"class tables cannot be opened", 1),
     ("clsassoc", "non_numeric"): (r"clsassoc\.tab:1: clsassoc reading stops at this row", 1),
     ("SetsOrfs", "set_non_numeric"): (r"sets\.tab:1: SetsOrfs reading stops at this row", 1),
+    ("SetsOrfs", "cut_row"): (r"sets\.tab:[0-9]+: SetsOrfs reading stops at this row; 1 line\(s\)", 1),
     ("GoTypeTab", "garbage_bytes"): (r"finding|vesk would use every row", None),
     ("varob", "huge_id"): (r"VarUniverse\([0-9]+\): Bad var id 2147483647", None),
     ("option", "bootstrap_negative"): (r"BootstrapNum -5 is negative", 1),
@@ -221,6 +222,7 @@ class Runner:
                 for m in ("non_numeric", "negative_id", "huge_id", "huge_id_1e8"):
                     del muts[m]
                 sub = lambda v: (lambda t: re.sub(r"^(\S+\s+)[0-9]+", r"\g<1>" + v, t, count=1, flags=re.M))
+                muts["cut_row"] = lambda t: t.rstrip("\n") + "\nYVK001W\n"
                 muts.update({"set_non_numeric": sub("x1"), "set_negative": sub("-1"),
                              "set_huge": sub("2147483647"), "set_5e8": sub("500000000")})
             if table == "goclskey":
