@@ -2,6 +2,7 @@
 // take without a word (rows it never reads, values it cannot use).
 #include "VarClasses.h"
 #include "VarUniverse.h"
+#include "VeskRun.h"
 #include "ds/BitVec.h"
 #include "options.h"
 
@@ -279,6 +280,12 @@ int check(int argc, char** argv) {
     }
     {
         const std::string text = slurp(sets);
+        {
+            // vesk's own reader first: its fatals end the check as they end the run.
+            std::istringstream first(text);
+            std::vector<std::vector<int>> read_sets;
+            read_gene_sets(first, univ, read_sets);
+        }
         std::istringstream in(text);
         std::string word;
         int set_id;
