@@ -82,3 +82,13 @@ TEST(ConditionsSet, ConstAttributesAsIntegers) {
     EXPECT_EQ(cs.m_conds[0].m_perturbs[0].m_val, 2.0f);
     EXPECT_EQ(cs.m_conds[2].m_perturbs.at(0).m_val, 7.0f); // the value is read as an integer
 }
+
+TEST(ConditionsSetDeathTest, KeyIdsPastTheCeiling) {
+    for (const char* id : {"2147483647", "4194304"}) {
+        ConditionsSet cs;
+        std::istringstream key("0 heat\n" + std::string(id) + " cold\n"), attrs("");
+        EXPECT_DEATH(cs.read(key, attrs),
+                     std::string(R"(ConditionsSet\([0-9]+\): Bad cond id )") + id + " in key row 2")
+            << id;
+    }
+}
