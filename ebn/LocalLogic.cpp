@@ -45,6 +45,9 @@ bool LocalLogicHNode::set_input_attr(LocalLogicSet& set, const char* trace, cons
     const int k = to_int(name.substr(5));
     const int flag = to_int(val1);
     const int id = to_int(val2);
+    // The position sizes the node's input vector.
+    if (!input_id_ok(k))
+        VESK_FATAL(kSrc, "Bad input position " << k << " in logic attr " << name);
     std::cerr << trace << name << " i " << k << " lid " << id << " is dir " << flag << std::endl;
     set_input(k, flag == 0 ? set.get_node(id) : set.get_variable_inp_node(id));
     return true;

@@ -37,7 +37,9 @@ void VarIdSpace::read_tab(std::istream& is) {
     if (is && !input_id_ok(id))
         VESK_FATAL(kSrc, "Bad var id " << id << " in var id space table");
     std::vector<std::string> fields;
-    while (is) {
+    // Until the stream is spent: a table of only the id ends at its end of file without having failed,
+    // and split_line reads nothing more from it.
+    while (is.good()) {
         split_line(is, fields, '\t');
         if (fields.empty())
             continue;

@@ -158,6 +158,9 @@ TEST(LocalLogicDeathTest, FatalTextsAndTheShortTable) {
         {"0 max 0 0 x\n", "7\tinput0\t1\t0\t0\n",
          R"(LocalLogic\([0-9]+\): Bad logic node id 7 in logic attrs)"},
         {"0 max 0 0 x\n", "-2\tinput0\t1\t0\t0\n", R"(Bad logic node id -2 in logic attrs)"},
+        {"0 max 0 0 x\n", "0\tinput33333333333\t1\t0\t0\n",
+         R"(LocalLogic\([0-9]+\): Bad input position -?[0-9]+ in logic attr input33333333333)"},
+        {"0 sum 0 2 x\n", "0\tinput-1\t1\t0\t0\n", R"(Bad input position -1 in logic attr input-1)"},
     };
     for (const auto& c : cases) {
         const auto read = [&]() noexcept {
