@@ -26,13 +26,20 @@ void read_item(std::istream& in, int& x) { in >> x; }
 void read_item(std::istream& in, float& x) { in >> x; }
 void read_item(std::istream& in, std::string& x) { std::getline(in, x); }
 
-// `size` items (none for a size below 1) into a new array stored under `key`.
+// `size` items (none for a size below 1) into a new array stored under `key`. The array grows as
+// items arrive, so a declared size far beyond the items given costs nothing: the stream fails at the
+// end of the file and the closing test that follows is fatal before anyone sees the short array.
 template <class T>
 void read_items(std::istream& in, int size, std::map<std::string, std::vector<T>*>& arrays,
                 const std::string& key) {
-    std::vector<T>* v = new std::vector<T>(size > 0 ? size : 0);
-    for (int i = 0; i < size; ++i)
-        read_item(in, (*v)[i]);
+    std::vector<T>* v = new std::vector<T>();
+    for (int i = 0; i < size; ++i) {
+        T item{};
+        read_item(in, item);
+        if (!in)
+            break;
+        v->push_back(item);
+    }
     arrays[key] = v;
 }
 

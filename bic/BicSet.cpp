@@ -3,6 +3,7 @@
 
 #include "DnaSeqPattern.h"
 #include "error.h"
+#include "idbound.h"
 
 #include <fstream>
 #include <iostream>
@@ -51,7 +52,11 @@ void BicSet::read(std::istream& bick, std::istream& bicd) {
     int id;
     float score;
     // A negative id ends the table as a token that doesn't parse would.
+    int row = 0;
     while (bick >> id >> score && id >= 0) {
+        if (!input_id_ok(id))
+            VESK_FATAL(kSrc, "Bad bicluster id " << id << " in bick row " << row + 1);
+        ++row;
         if (id + 1 > count)
             count = id + 1;
         if (static_cast<int>(m_scores.size()) < count)
@@ -109,7 +114,11 @@ void BicSet::read_bicm(std::istream& bicm) {
     int id, from, to;
     std::string pattern;
     DnaSeqPattern parsed;
+    int row = 0;
     while (bicm >> id && id >= 0 && bicm >> pattern >> from >> to) {
+        if (!input_id_ok(id))
+            VESK_FATAL(kSrc, "Bad bicluster id " << id << " in bicm row " << row + 1);
+        ++row;
         if (id >= static_cast<int>(m_patterns.size())) {
             m_patterns.resize(static_cast<std::size_t>(id) + 1, "none");
             m_pat_from.resize(static_cast<std::size_t>(id) + 1, -1);

@@ -2,6 +2,7 @@
 #include "LocalLogic.h"
 
 #include "error.h"
+#include "idbound.h"
 
 #include <climits>
 #include <cstdlib>
@@ -44,6 +45,9 @@ bool LocalLogicHNode::set_input_attr(LocalLogicSet& set, const char* trace, cons
     const int k = to_int(name.substr(5));
     const int flag = to_int(val1);
     const int id = to_int(val2);
+    // The position sizes the node's input vector.
+    if (!input_id_ok(k))
+        VESK_FATAL(kSrc, "Bad input position " << k << " in logic attr " << name);
     std::cerr << trace << name << " i " << k << " lid " << id << " is dir " << flag << std::endl;
     set_input(k, flag == 0 ? set.get_node(id) : set.get_variable_inp_node(id));
     return true;
@@ -269,6 +273,26 @@ LocalLogicHNodeVarInp* LocalLogicSet::get_variable_inp_node(int vid) {
     return m_var_inputs[vid].get();
 }
 
+namespace {
+
+// Whether a table of `card` ^ `inputs` entries has at least one entry and stays within the input cell
+// ceiling. No inputs make a table of one entry whatever the cardinality.
+bool logic_table_size_ok(int inputs, int card) {
+    if (inputs <= 0)
+        return true;
+    if (card < 1)
+        return false;
+    long long f = 1;
+    for (int i = 0; i < inputs; ++i) {
+        f *= card;
+        if (f > input_cell_ceiling())
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
 void LocalLogicSet::read(std::istream& nodes, std::istream& attrs) {
     std::cerr << "will read log set " << std::endl;
     int lid = 0;
@@ -277,6 +301,16 @@ void LocalLogicSet::read(std::istream& nodes, std::istream& attrs) {
     int a = 0, b = 0;
     while (nodes >> type >> a >> b >> unused) {
         LocalLogicHNode* node = nullptr;
+        if (type != "table" && type != "sum" && type != "min" && type != "max") {
+            // No new id is read: the next line's id is taken for a type.
+            std::cerr << "Unkown logic node type " << type << std::endl;
+            continue;
+        }
+        if (!input_id_ok(lid))
+            VESK_FATAL(kSrc, "Bad logic node id " << lid);
+        // A table node holds card^inputs entries.
+        if (type == "table" && !logic_table_size_ok(a, b))
+            VESK_FATAL(kSrc, "Bad logic table size " << a << " inputs of " << b << " values at node " << lid);
         if (type == "table")
             node = new LocalLogicHNodeDiscTable(a, b);
         else if (type == "sum")
@@ -285,11 +319,6 @@ void LocalLogicSet::read(std::istream& nodes, std::istream& attrs) {
             node = new LocalLogicHNodeMin();
         else if (type == "max")
             node = new LocalLogicHNodeMax();
-        else {
-            // No new id is read: the next line's id is taken for a type.
-            std::cerr << "Unkown logic node type " << type << std::endl;
-            continue;
-        }
         set_node(lid, node);
         nodes >> lid;
     }
@@ -310,6 +339,8 @@ void LocalLogicSet::read(std::istream& nodes, std::istream& attrs) {
                                  << f[0] << " f1 " << f[1] << " f[2] " << f[2] << " f[3] " << f[3]
                                  << " lid = " << lid);
         }
+        if (!get_node(lid))
+            VESK_FATAL(kSrc, "Bad logic node id " << lid << " in logic attrs");
         std::cerr << "will set attr lid " << lid << " name " << f[0] << " val1 " << f[1] << " val3 " << f[3]
                   << std::endl;
         m_nodes[lid]->set_attr(*this, f[0], f[1], f[2], f[3]);

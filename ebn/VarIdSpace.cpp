@@ -2,6 +2,7 @@
 #include "VarIdSpace.h"
 
 #include "error.h"
+#include "idbound.h"
 #include "strutil.h"
 
 #include <cstdio>
@@ -32,8 +33,13 @@ int VarIdSpace::id_of_attr_value(const std::string& value) const {
 void VarIdSpace::read_tab(std::istream& is) {
     int id = 0;
     is >> id;
+    // Every line of the table lands on this one id, which sizes the name tables.
+    if (is && !input_id_ok(id))
+        VESK_FATAL(kSrc, "Bad var id " << id << " in var id space table");
     std::vector<std::string> fields;
-    while (is) {
+    // Until the stream is spent: a table of only the id ends at its end of file without having failed,
+    // and split_line reads nothing more from it.
+    while (is.good()) {
         split_line(is, fields, '\t');
         if (fields.empty())
             continue;

@@ -3,6 +3,7 @@
 
 #include "VarUniverse.h"
 #include "error.h"
+#include "idbound.h"
 
 #include <iostream>
 #include <limits>
@@ -26,7 +27,8 @@ void ArraysGeneSets::read(std::istream& arrk, std::istream& arrd) {
     std::string name;
     while (arrk >> a >> name) {
         arrk.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-        if (a < 0)
+        // Each array type holds a bit vector over the universe.
+        if (!input_id_ok(a, input_id_limit(m_universe.size() / 32 + 1)))
             VESK_FATAL(kSrc, "Bad array num " << a);
         while (a >= size())
             add_array();

@@ -1,20 +1,28 @@
 // ConditionsSet reader.
 #include "ConditionsSet.h"
 
+#include "error.h"
+#include "idbound.h"
 #include "strutil.h"
 
 #include <cstdlib>
 #include <iostream>
 #include <limits>
 
+static constexpr char kSrc[] = "ConditionsSet";
+
 void ConditionsSet::read(std::istream& key, std::istream& attrs) {
     std::cerr << "will read log set" << std::endl;
     int id;
     std::string name;
+    int row = 0;
     while (key >> id >> name) {
+        ++row;
         key.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
         if (id < 0)
             continue;
+        if (!input_id_ok(id))
+            VESK_FATAL(kSrc, "Bad cond id " << id << " in key row " << row);
         if (id >= static_cast<int>(m_conds.size()))
             m_conds.resize(id + 1);
         m_conds[id].m_name = name;

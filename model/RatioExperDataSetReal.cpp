@@ -2,6 +2,7 @@
 #include "RatioExperDataSetReal.h"
 
 #include "error.h"
+#include "idbound.h"
 
 #include <cmath>
 #include <iostream>
@@ -23,8 +24,11 @@ void RatioExperDataSetReal::read(std::istream& key, std::istream& data, float fi
     std::string ignored1, ignored2;
     while (key >> e >> ignored1 >> ignored2 >> series >> cond_a >> cond_b) {
         key.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-        if (series < 0)
+        if (!input_id_ok(series))
             VESK_FATAL(kSrc, "Bad series num " << series);
+        // Every new pair of conditions makes a column of the data matrix.
+        if (m_E >= input_id_limit(m_universe.size()) && !cond_of_pair.count(std::make_pair(cond_a, cond_b)))
+            VESK_FATAL(kSrc, "Bad exp num " << e);
         auto found = cond_of_pair.emplace(std::make_pair(cond_a, cond_b), m_E);
         const int c = found.first->second;
         if (found.second) {

@@ -2,6 +2,7 @@
 #include "StateDataSetBV.h"
 
 #include "error.h"
+#include "idbound.h"
 
 #include <cmath>
 #include <iostream>
@@ -43,7 +44,8 @@ void StateDataSetBV::read(std::istream& key, std::istream& data, float threshold
     // The series stands in the sixth column of this key.
     while (key >> e >> ignored_s1 >> ignored_s2 >> ignored_a >> ignored_b >> series) {
         key.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-        if (e < 0)
+        // Each variable and value holds a bit vector over the experiments.
+        if (!input_id_ok(e, input_id_limit(static_cast<long long>(num_vars()) * m_card / 32)))
             VESK_FATAL(kSrc, "Bad exp num " << e);
         if (series < 0)
             VESK_FATAL(kSrc, "Bad series num " << series);

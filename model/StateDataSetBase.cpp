@@ -2,6 +2,10 @@
 #include "StateDataSetBase.h"
 
 #include "ArraysGeneSets.h"
+#include "error.h"
+#include "idbound.h"
+
+static constexpr char kSrc[] = "StateDataSetBase";
 
 StateDataSetBase::StateDataSetBase(const StateDataSetBase& src)
     : m_universe(src.m_universe), m_series(src.m_series), m_e_series(src.m_e_series),
@@ -21,6 +25,8 @@ void StateDataSetBase::set_arrays(ArraysGeneSets* arrays) {
 }
 
 void StateDataSetBase::add_to_series(int e, int series) {
+    if (!input_id_ok(series))
+        VESK_FATAL(kSrc, "Bad series num " << series);
     if (series >= static_cast<int>(m_series.size()))
         m_series.resize(series + 1);
     m_series[series].m_members.push_front(e);

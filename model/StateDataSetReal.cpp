@@ -3,6 +3,7 @@
 
 #include "ArraysGeneSets.h"
 #include "error.h"
+#include "idbound.h"
 
 #include <algorithm>
 #include <cmath>
@@ -115,7 +116,8 @@ void StateDataSetReal::read(std::istream& key, std::istream& data, float default
     std::string name, ignored;
     while (key >> e >> name >> ignored >> series >> weight >> array_type) {
         skip_rest_of_line(key);
-        if (e < 0)
+        // The data matrix has a column per experiment id, a row per variable.
+        if (!input_id_ok(e, input_id_limit(num_vars())))
             VESK_FATAL(kSrc, "Bad exp num " << e);
         if (series < 0)
             VESK_FATAL(kSrc, "Bad series num " << series);
@@ -217,6 +219,9 @@ void StateDataSetReal::read_txt_header(std::istream& in, TxtLayout& t, int key_i
     if (t.click) {
         int rows = 0, cols = 0;
         in >> rows >> cols;
+        // The count sizes the data matrix; one that doesn't parse or can't fit is fatal.
+        if (!in || !input_id_ok(cols, input_id_limit(num_vars()) - t.base))
+            VESK_FATAL(kSrc, "Bad experiment count " << cols << " in click format header");
         std::getline(in, line); // the rest of the header line
         for (int i = 0; i < cols; ++i)
             append_txt_exp("click_fmt", 0);
@@ -237,6 +242,10 @@ void StateDataSetReal::read_txt_header(std::istream& in, TxtLayout& t, int key_i
             last_named = m_E - 1;
         }
     }
+    // Every header field makes a column of the data matrix: a header far wider than any table
+    // the matrix can hold is fatal rather than an allocation beyond memory.
+    if (m_E > input_id_limit(num_vars()))
+        VESK_FATAL(kSrc, "Bad experiment count " << m_E << " in header");
     if (last_named != m_E - 1) {
         // Trailing empty header fields make no experiments; series 0 keeps their ids.
         std::cerr << "striping empty fields from " << m_E << " to " << last_named << std::endl;
@@ -341,8 +350,10 @@ void StateDataSetReal::read_prop_key(const std::string& file) {
 }
 
 void StateDataSetReal::read_mat(std::istream& in, int num_cols) {
-    m_E = num_cols;
     const int nv = num_vars();
+    if (!input_id_ok(num_cols, input_id_limit(nv) + 1))
+        VESK_FATAL(kSrc, "Bad number of columns " << num_cols << " for expression matrix");
+    m_E = num_cols;
     m_data.resize(0, 0, 0.0f);
     m_data.resize(nv, m_E, 0.0f);
     fit_exp_tables(m_E, 1.0f, -1);

@@ -3,6 +3,7 @@
 
 #include "ModelVarFact.h"
 #include "error.h"
+#include "idbound.h"
 #include "strutil.h"
 
 #include <iostream>
@@ -17,6 +18,11 @@ VarUniverse::~VarUniverse() {
 void VarUniverse::check_var_id(int var_id, int id) {
     if (var_id != id)
         VESK_FATAL(kSrc, "vars id " << var_id << " differs from " << id);
+}
+
+void VarUniverse::check_row_id(int id, int row) {
+    if (!input_id_ok(id))
+        VESK_FATAL(kSrc, "Bad var id " << id << " in row " << row);
 }
 
 ModelVarBase* VarUniverse::make_var(const char* kind, int id) {
@@ -40,9 +46,11 @@ void VarUniverse::finish_read(int max_id) {
 void VarUniverse::read_short_tabs(std::istream& in) {
     int max_id = -1;
     int id;
+    int row = 0;
     std::string name, short_name;
-    // A bad token (or a negative id, which names no slot) ends the read quietly.
-    while (in >> id && id >= 0) {
+    // A bad token ends the read quietly; an id that can name no slot is fatal.
+    while (in >> id) {
+        check_row_id(id, ++row);
         if (!(in >> name >> short_name))
             break;
         if (id > max_id)
@@ -62,9 +70,11 @@ void VarUniverse::read_short_tabs(std::istream& in) {
 void VarUniverse::read_tabs(std::istream& in, std::istream&) {
     int max_id = -1;
     int id;
+    int row = 0;
     std::string name, kind, ignored1, ignored2, short_name, alias;
     std::vector<std::string> more_aliases;
-    while (in >> id && id >= 0) {
+    while (in >> id) {
+        check_row_id(id, ++row);
         if (!(in >> name >> kind >> ignored1 >> ignored2 >> short_name >> alias))
             break;
         if (id > max_id)

@@ -40,6 +40,8 @@ public:
     // Fatal "vars id <var id> differs from <id>" when a freshly made variable carries another id
     // than the row that asked for it.
     static void check_var_id(int var_id, int id);
+    // A row id of the variable tables: 0 ... kMaxInputId - 1, else fatal naming the id and row.
+    static void check_row_id(int id, int row);
 
     std::vector<ModelVarBase*> m_vars;
     std::vector<std::string> m_short_names;

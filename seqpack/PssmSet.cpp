@@ -2,6 +2,7 @@
 #include "PssmSet.h"
 
 #include "error.h"
+#include "idbound.h"
 
 #include <fstream>
 #include <iostream>
@@ -20,7 +21,9 @@ void PssmSet::read(std::istream& key, std::istream& data, int offset, int have_s
                    bool logodds) {
     const int shift = size();
     int id;
+    int row = 0;
     while (key >> id) {
+        ++row;
         int bid = 0, from, to, direct;
         float sc = 0.0f;
         std::string consensus;
@@ -32,9 +35,11 @@ void PssmSet::read(std::istream& key, std::istream& data, int offset, int have_s
             break;
         if (!(key >> direct))
             break;
-        id += shift;
         if (id < 0)
             continue;
+        if (!input_id_ok(static_cast<long long>(id) + shift))
+            VESK_FATAL(kSrc, "Bad pssm id " << id << " in key row " << row);
+        id += shift;
         std::cerr << "read id " << id << " bid " << bid << " sc " << sc << " direct " << direct << std::endl;
         if (id >= size()) {
             m_consensus.resize(static_cast<std::size_t>(id) + 1);
@@ -53,12 +58,18 @@ void PssmSet::read(std::istream& key, std::istream& data, int offset, int have_s
 
     int pos;
     float v[4];
+    row = 0;
     while (data >> id >> pos >> v[0] >> v[1] >> v[2] >> v[3]) {
-        id += shift;
-        if (id < 0 || id >= size())
-            VESK_FATAL(kSrc, "Read data on pssm id " << id << " but max id is " << size());
+        ++row;
+        const long long shifted = static_cast<long long>(id) + shift;
+        if (shifted < 0 || shifted >= size())
+            VESK_FATAL(kSrc, "Read data on pssm id " << shifted << " but max id is " << size());
+        id = static_cast<int>(shifted);
         if (pos < 0)
             continue;
+        // A position sizes the PSSM's columns.
+        if (!input_id_ok(pos))
+            VESK_FATAL(kSrc, "Bad pssm position " << pos << " in data row " << row);
         DnaPSSM& p = m_pssms[id];
         // A row resizes to its position + 1: a lower position than before cuts the columns behind it.
         p.resize(pos + 1);

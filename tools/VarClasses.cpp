@@ -2,6 +2,7 @@
 #include "VarClasses.h"
 
 #include "error.h"
+#include "idbound.h"
 
 #include <fstream>
 #include <iostream>
@@ -29,16 +30,21 @@ void VarClasses::read(std::istream& key_in, std::istream& assoc_in, int n_vars, 
 
     // Key rows: an int, then three fields up to a tab (what stands between the number and
     // the first tab, the key, the name), then an int that is read and ignored.
+    // A class holds a bit vector of the universe's width: the ids are bounded so that all of them
+    // together stay within the cell ceiling.
+    const long long id_limit = input_id_limit(n_vars / 32 + 1);
     int id;
+    int row = 0;
     while (key_in >> id) {
+        ++row;
         std::string lead, key, name;
         std::getline(key_in, lead, '\t');
         std::getline(key_in, key, '\t');
         std::getline(key_in, name, '\t');
         int ignored;
         key_in >> ignored;
-        if (id < 0)
-            continue; // names no class slot
+        if (!input_id_ok(id, id_limit))
+            VESK_FATAL(kSrc, "Bad class id " << id << " in key row " << row);
         if (id >= static_cast<int>(m_class_bits.size())) {
             m_class_bits.resize(id + 1, ds_bitvec(n_vars));
             m_class_names.resize(id + 1);

@@ -11,6 +11,7 @@
 #include "VarClasses.h"
 #include "VarUniverse.h"
 #include "error.h"
+#include "idbound.h"
 #include "options.h"
 
 #include <algorithm>
@@ -189,16 +190,7 @@ void read_inputs(int argc, char** argv, VeskInputs& in, const VeskRunSettings& s
         std::ifstream file(opts.get_str("Tables", "SetsOrfs", true).c_str());
         if (!file)
             VESK_FATAL(kSrc, "Cannot open sets orf file\n");
-        std::string word;
-        int set_id;
-        while (file >> word >> set_id) {
-            const int g = match_gene(univ, word);
-            if (g < 0 || set_id < 0)
-                continue;
-            if (set_id >= static_cast<int>(in.sets.size()))
-                in.sets.resize(set_id + 1);
-            in.sets[set_id].push_back(g);
-        }
+        read_gene_sets(file, univ, in.sets);
         std::cerr << "got " << in.sets.size() << " sets" << std::endl;
     }
 }
@@ -263,6 +255,23 @@ void write_report(VeskInputs& in, const std::vector<float>& kept, int boot_num, 
 }
 
 } // namespace
+
+void read_gene_sets(std::istream& in, const VarUniverse& univ, std::vector<std::vector<int>>& sets) {
+    std::string word;
+    int set_id;
+    int row = 0;
+    while (in >> word >> set_id) {
+        ++row;
+        const int g = match_gene(univ, word);
+        if (g < 0)
+            continue;
+        if (!input_id_ok(set_id))
+            VESK_FATAL(kSrc, "Bad set id " << set_id << " in row " << row);
+        if (set_id >= static_cast<int>(sets.size()))
+            sets.resize(set_id + 1);
+        sets[set_id].push_back(g);
+    }
+}
 
 int vesk_main(int argc, char** argv, const VeskRunSettings& settings) {
     VeskInputs in;

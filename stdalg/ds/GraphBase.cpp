@@ -2,6 +2,7 @@
 #include "ds/GraphBase.h"
 
 #include "error.h"
+#include "idbound.h"
 #include "options.h"
 
 #include <memory>
@@ -17,8 +18,18 @@ void GraphBase::read_option(options& opt, const std::string& scope) {
         VESK_FATAL(kSrc, "Number of entries ine dges array is " << line << " instead of " << line_size());
     // A trailing partial line is ignored.
     const std::size_t step = static_cast<std::size_t>(line);
-    for (std::size_t i = 0; i + step <= edges->size(); i += step)
-        insert_edge((*edges)[i + 1], (*edges)[i + 2], (*edges)[i]);
+    // The store takes ids as given, so they are checked here: node ids name slots of the node lists,
+    // an edge id names a free cell (or is -1, which asks for a new one).
+    const std::size_t n = edges ? edges->size() : 0;
+    for (std::size_t i = 0; i + step <= n; i += step) {
+        const int id = (*edges)[i], src = (*edges)[i + 1], dst = (*edges)[i + 2];
+        const std::size_t edge_no = i / step + 1;
+        if (!input_id_ok(src) || !input_id_ok(dst))
+            VESK_FATAL(kSrc, "Bad node id " << (input_id_ok(src) ? dst : src) << " in edge " << edge_no);
+        if (id != -1 && (!input_id_ok(id) || edge_use(id)))
+            VESK_FATAL(kSrc, "Bad edge id " << id << " in edge " << edge_no);
+        insert_edge(src, dst, id);
+    }
 }
 
 void GraphBase::write_option(std::ostream&, std::vector<int>& lines) const {

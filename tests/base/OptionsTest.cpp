@@ -5,6 +5,8 @@
 
 #include <sstream>
 
+#include <sys/resource.h>
+
 namespace {
 
 options parse(const std::string& text) {
@@ -12,6 +14,15 @@ options parse(const std::string& text) {
     std::istringstream in(text);
     o.read(in, false);
     return o;
+}
+
+// Caps the address space of a death-test child, so that an allocation sized by a declared count
+// fails at once; sanitizer builds need their large shadow mappings and keep the default.
+void cap_memory() {
+#ifndef __SANITIZE_ADDRESS__
+    const rlimit cap{1UL << 30, 1UL << 30};
+    setrlimit(RLIMIT_AS, &cap);
+#endif
 }
 
 } // namespace
@@ -134,4 +145,16 @@ TEST(OptionsDeath, FatalTexts) {
                  R"(options\([0-9]+\): option does not exists: Vesk::MinClsSize)");
     EXPECT_DEATH(o.get_str("Tables", "varob", true), R"(option does not exists: Tables::varob)");
     EXPECT_DEATH(o.get_strs("A", "b", true), R"(option does not exists: A::b)");
+}
+
+// A declared array size far beyond the items given allocates nothing ahead: the closing test is
+// the first thing to fail, for every item type and however large the count.
+TEST(OptionsDeathTest, HugeDeclaredArraysFailAtTheClosingLine) {
+    for (const char* text : {"q = { i 2000000000\n1 2 3\n", "q = { f 2147483647\n0.5\n}\n",
+                             "q = { s 2000000000\nx\ny\n", "q = { i 99999999999\n4\n"})
+        EXPECT_DEATH((cap_memory(), parse(text)), "options\\([0-9]+\\): After array items, line is \n$")
+            << text;
+    // Items are still read up to the declared size; the rest of the last item's line is skipped.
+    options o = parse("q = { i 3\n1 2\n3 4\n}\n");
+    EXPECT_EQ(*o.get_ints("", "q", true), (std::vector<int>{1, 2, 3}));
 }

@@ -115,6 +115,20 @@ TEST(BicSetDeath, UnknownConditionNodeIsFatal) {
     EXPECT_DEATH(set.read(k, d), R"(BicSet\([0-9]+\): Cant match exp node 7 5)");
     std::istringstream k2("0 1.0\n"), d2("0 0 -1 0 0.0\n");
     EXPECT_DEATH(set.read(k2, d2), R"(BicSet\([0-9]+\): Cant match exp node -1 0)");
+    // Ids that would size the set beyond memory, or overflow on `id + 1`, in either table.
+    const struct {
+        const char *bick, *bicm, *message;
+    } cases[] = {
+        {"0 1.0\n2147483647 2.0\n", "", "Bad bicluster id 2147483647 in bick row 2"},
+        {"10000000 1.0\n", "", "Bad bicluster id 10000000 in bick row 1"},
+        {"0 1.0\n", "0 none -1 -1\n2147483647 AC 1 2\n", "Bad bicluster id 2147483647 in bicm row 2"},
+        {"0 1.0\n", "4194304 AC 1 2\n", "Bad bicluster id 4194304 in bicm row 1"},
+    };
+    for (const auto& c : cases) {
+        std::istringstream kk(c.bick), dd(""), mm(c.bicm);
+        EXPECT_DEATH((set.read(kk, dd), set.read_bicm(mm)), std::string(R"(BicSet\([0-9]+\): )") + c.message)
+            << c.message;
+    }
 }
 
 } // namespace

@@ -178,6 +178,22 @@ TEST(ExpVarGraphClassify, ConditionGroupsFollowTheClass) {
     EXPECT_EQ(in, (std::vector<std::tuple<int, int, float>>{{0, 1, 1.0f}, {2, 2, 1.0f}, {1, 1, 0.6f}}));
 }
 
+// Class ids that would size the class table beyond memory: each class holds a bit vector of the
+// conditions, so 2^27 words over 3126 words a class allow ids below 42935.
+TEST(ExpClassesDeathTest, KeyIdsPastTheCeiling) {
+    const struct {
+        const char* key;
+        int exps;
+        const char* message;
+    } cases[] = {{"0 a\n2147483647 b\n", 3, "Bad class id 2147483647 in key row 2"},
+                 {"4194304 a\n", 3, "Bad class id 4194304 in key row 1"},
+                 {"42935 a\n", 100000, "Bad class id 42935 in key row 1"}};
+    for (const auto& c : cases) {
+        std::istringstream key(c.key), assoc("");
+        EXPECT_DEATH(ExpClasses(key, assoc, c.exps), std::string(R"(ExpClasses\([0-9]+\): )") + c.message);
+    }
+}
+
 TEST(ExpVarGraphDeath, FatalTexts) {
     EXPECT_DEATH(Tiny t(opts("BuildEdgesFromFile = 0\n", "3"), false),
                  R"(ExpVarGraphACO\([0-9]+\): Factors has 1 values for 2 levels)");

@@ -140,6 +140,22 @@ TEST(LocalLogicDeathTest, FatalTextsAndTheShortTable) {
         {"0 max 0 0 x\n", "0\tinput0\t1\t9\t0\n",
          R"(LocalLogic\([0-9]+\): No rvid for vid 9 when attempting to get inp node)"},
         {"0 table 2 2 x\n", "0\ttable\t0 1 1\t0\t0\n", "basic_string::substr"},
+        // Node ids and table sizes that would size tables beyond memory; attributes of missing nodes.
+        {"2147483647 max 0 0 x\n", "",
+         R"(LocalLogic\([0-9]+\): Bad logic node id 2147483647)"
+         "\n"},
+        {"-1 min 0 0 x\n", "",
+         R"(LocalLogic\([0-9]+\): Bad logic node id -1)"
+         "\n"},
+        {"0 table 40 2 x\n", "",
+         R"(LocalLogic\([0-9]+\): Bad logic table size 40 inputs of 2 values at node 0)"},
+        {"0 table 2 -3 x\n", "", R"(Bad logic table size 2 inputs of -3 values at node 0)"},
+        {"0 max 0 0 x\n", "7\tinput0\t1\t0\t0\n",
+         R"(LocalLogic\([0-9]+\): Bad logic node id 7 in logic attrs)"},
+        {"0 max 0 0 x\n", "-2\tinput0\t1\t0\t0\n", R"(Bad logic node id -2 in logic attrs)"},
+        {"0 max 0 0 x\n", "0\tinput33333333333\t1\t0\t0\n",
+         R"(LocalLogic\([0-9]+\): Bad input position -?[0-9]+ in logic attr input33333333333)"},
+        {"0 sum 0 2 x\n", "0\tinput-1\t1\t0\t0\n", R"(Bad input position -1 in logic attr input-1)"},
     };
     for (const auto& c : cases) {
         const auto read = [&]() noexcept {

@@ -41,6 +41,18 @@ TEST(VarIdSpaceDeathTest, TwoFieldsAreFatal) {
     EXPECT_DEATH(s.read_tab(in),
                  "VarIdSpace\\([0-9]+\\): Field number 2 is too small \\(at least 3 fields are "
                  "required\\) in reading var id space table");
+    // A table of only the id, without a line end, is read to its end and holds nothing.
+    VarIdSpace bare;
+    std::istringstream id_only("4");
+    bare.read_tab(id_only);
+    EXPECT_EQ(bare.ids_num(), 0);
+    // The one id sizes the tables: a negative or huge one is fatal before any line is read.
+    for (const char* id : {"-1", "2147483647", "4194304"}) {
+        std::istringstream bad(std::string(id) + "\tname\tdesc\n");
+        EXPECT_DEATH(s.read_tab(bad),
+                     std::string(R"(VarIdSpace\([0-9]+\): Bad var id )") + id + " in var id space table")
+            << id;
+    }
 }
 
 } // namespace

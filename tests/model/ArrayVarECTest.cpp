@@ -67,6 +67,21 @@ TEST_F(Arrays, ThirtyOneArrayTypesWorkThirtyTwoStopAndTablesRejectUnknownIds) {
     };
     EXPECT_DEATH(read("0 chip\n", "1 0\n"), R"(ArraysGeneSets\([0-9]+\): Bad array num 1)");
     EXPECT_DEATH(read("0 chip\n", "0 5\n"), R"(ArraysGeneSets\([0-9]+\): Bad var num 5)");
+    // Array type ids of the key that would make millions of bit vectors, each over the universe.
+    for (const char* id : {"4194304", "2147483647", "-1"})
+        EXPECT_DEATH(read((std::string(id) + " chip\n").c_str(), ""),
+                     std::string(R"(ArraysGeneSets\([0-9]+\): Bad array num )") + id)
+            << id;
+    // Over 20000 genes (626 words a vector) the 2^27-word ceiling ends at id 214404; the id found by
+    // fuzzing, 522522, would take 1.3 GB.
+    VarUniverse wide;
+    quiet([&] { wide.init_idspace(20000); });
+    ArraysGeneSets w(wide);
+    for (const char* id : {"214405", "522522"}) {
+        std::istringstream arrk(std::string(id) + " chip\n"), arrd("");
+        EXPECT_DEATH(w.read(arrk, arrd), std::string(R"(ArraysGeneSets\([0-9]+\): Bad array num )") + id)
+            << id;
+    }
 }
 
 TEST(ConditionsSet, ConstAttributesAsIntegers) {
@@ -81,4 +96,14 @@ TEST(ConditionsSet, ConstAttributesAsIntegers) {
     EXPECT_EQ(cs.m_conds[0].m_perturbs[0].m_var, 3);
     EXPECT_EQ(cs.m_conds[0].m_perturbs[0].m_val, 2.0f);
     EXPECT_EQ(cs.m_conds[2].m_perturbs.at(0).m_val, 7.0f); // the value is read as an integer
+}
+
+TEST(ConditionsSetDeathTest, KeyIdsPastTheCeiling) {
+    for (const char* id : {"2147483647", "4194304"}) {
+        ConditionsSet cs;
+        std::istringstream key("0 heat\n" + std::string(id) + " cold\n"), attrs("");
+        EXPECT_DEATH(cs.read(key, attrs),
+                     std::string(R"(ConditionsSet\([0-9]+\): Bad cond id )") + id + " in key row 2")
+            << id;
+    }
 }

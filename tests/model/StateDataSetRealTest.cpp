@@ -6,6 +6,7 @@
 #include "RatioExperDataSetReal.h"
 
 #include <cmath>
+#include <functional>
 
 namespace {
 
@@ -235,4 +236,46 @@ TEST(RatioExperDataSetReal, TracesVariable91AndStandardises) {
 
     std::istringstream key2("0 a x 0 1 2\n"), bad("0 92 1\n");
     EXPECT_DEATH(r.read(key2, bad, 0.0f), R"(RatioExperDataSetReal\([0-9]+\): Bad var num 92)");
+}
+
+// Ids and counts that would size the data matrix beyond memory, or overflow on `id + 1`, are fatal
+// in every reader, each naming the number it read.
+TEST_F(SmallSet, IdsAndCountsOutsideTheCeilingAreFatal) {
+    TempDir dir;
+    auto read_pair = [this](const char* k) {
+        std::istringstream key_in(k), data_in("");
+        ds.read(key_in, data_in, 0.0f);
+    };
+    auto read_click = [&](const char* header) {
+        Params params{{"file", dir.write("click.txt", std::string(header) + "\n1 2\n")},
+                      {"click_format", "1"}};
+        ds.read_txt(params, 1);
+    };
+    auto read_mat = [this](int cols) {
+        std::istringstream in("g0 1\n");
+        ds.read_mat(in, cols);
+    };
+    const struct {
+        std::function<void()> read;
+        const char* message;
+    } cases[] = {
+        {[&] { read_pair("2147483647 a x 0 1 0\n"); },
+         R"(StateDataSetReal\([0-9]+\): Bad exp num 2147483647)"},
+        {[&] { read_pair("4194304 a x 0 1 0\n"); }, R"(StateDataSetReal\([0-9]+\): Bad exp num 4194304)"},
+        {[&] { read_pair("0 a x 2147483647 1 0\n"); },
+         R"(StateDataSetBase\([0-9]+\): Bad series num 2147483647)"},
+        {[&] { read_mat(-3); },
+         R"(StateDataSetReal\([0-9]+\): Bad number of columns -3 for expression matrix)"},
+        {[&] { read_mat(100000000); }, R"(Bad number of columns 100000000 for expression matrix)"},
+        {[&] { read_click("2 99999999999"); }, R"(Bad experiment count 2147483647 in click format header)"},
+        {[&] { read_click("2 -3"); }, R"(StateDataSetReal\([0-9]+\): Bad experiment count -3 in click)"},
+        {[&] { read_click("2 x"); }, R"(StateDataSetReal\([0-9]+\): Bad experiment count 0 in click)"},
+    };
+    for (const auto& c : cases)
+        EXPECT_DEATH(c.read(), c.message);
+
+    // Just inside the ceiling all is read: 4194303 experiments of five variables.
+    read_pair("4194303 a x 0 1 0\n");
+    EXPECT_EQ(ds.m_E, 4194304);
+    EXPECT_EQ(ds.m_data.cols(), 4194304);
 }

@@ -102,3 +102,31 @@ TEST(VarUniverseLong, BadRowsUnknownKindsAndAnonymousIds) {
     EXPECT_EQ(anon.m_vars[2]->m_id, 2);
     EXPECT_STREQ(anon.get_var_type_name(2), "gene");
 }
+
+// Ids that can't name a slot are fatal in both tables, with the id and the row: negative ones, the
+// one whose `id + 1` overflows, and ones past the ceiling that would size tables of gigabytes. A
+// number too long for an int is a bad token and ends the read quietly.
+TEST(VarUniverseDeathTest, IdsOutsideTheCeiling) {
+    const struct {
+        const char* row;
+        const char* id;
+    } cases[] = {{"2147483647 A a", "2147483647"},
+                 {"2147483646 A a", "2147483646"},
+                 {"100000000 A a", "100000000"},
+                 {"4194304 A a", "4194304"},
+                 {"-1 A a", "-1"},
+                 {"-22 A a", "-22"}};
+    for (const auto& c : cases) {
+        const std::string text = std::string("0 G g\n") + c.row + "\n";
+        const std::string want = std::string(R"(VarUniverse\([0-9]+\): Bad var id )") + c.id + " in row 2\n";
+        VarUniverse u;
+        std::istringstream short_in(text);
+        EXPECT_DEATH(u.read_short_tabs(short_in), want) << c.row;
+        std::istringstream in("0 G gene 0 0 g x\n" + std::string(c.row) + " kind 0 0 s al\n"), unused;
+        EXPECT_DEATH(u.read_tabs(in, unused), want) << c.row;
+    }
+    VarUniverse u;
+    EXPECT_EQ(read_short(u, "0 G g\n4194303 H h\n99999999999 I i\n"),
+              "max id is 4194303\nfinish reading all objects\n");
+    EXPECT_EQ(u.size(), 4194304);
+}

@@ -67,6 +67,18 @@ TEST(PssmSetDeathTest, FatalTexts) {
                  R"(PssmSet\([0-9]+\): Read data on pssm id 1 but max id is 1)");
     EXPECT_DEATH(read("0 A 0 1 0\n1 C 0 1 0\n", "0 0 1 1 1 1\n5 0 1 1 1 1\n"),
                  R"(PssmSet\([0-9]+\): Read data on pssm id 5 but max id is 2)");
+    // Ids and positions that would size the tables beyond memory, or overflow on `id + 1`.
+    const struct {
+        const char *key, *data, *message;
+    } bounds[] = {
+        {"0 A 0 1 0\n2147483647 C 0 1 0\n", "", "Bad pssm id 2147483647 in key row 2"},
+        {"4194304 A 0 1 0\n", "", "Bad pssm id 4194304 in key row 1"},
+        {"0 A 0 1 0\n", "0 2147483647 1 1 1 1\n", "Bad pssm position 2147483647 in data row 1"},
+        {"0 A 0 1 0\n", "0 0 1 1 1 1\n0 100000000 1 1 1 1\n", "Bad pssm position 100000000 in data row 2"},
+        {"0 A 0 1 0\n", "-2147483648 0 1 1 1 1\n", "Read data on pssm id -2147483648 but max id is 1"},
+    };
+    for (const auto& b : bounds)
+        EXPECT_DEATH(read(b.key, b.data), std::string(R"(PssmSet\([0-9]+\): )") + b.message) << b.message;
     PssmSet set;
     EXPECT_DEATH(set.read("/nonexistent/a.pssmk", "/nonexistent/b.pssmd", 0, 0, 0.0f, false),
                  R"(PssmSet\([0-9]+\): cannot open pssm files /nonexistent/a\.pssmk /nonexistent/b\.pssmd)");

@@ -32,6 +32,31 @@ ds_bitvec set_of(int n, std::initializer_list<int> ids) {
 
 } // namespace
 
+// Class ids of the key table that name no slot, or would size the class table beyond memory (each
+// class holds a bit vector of the universe's width), are fatal with the id and the row.
+TEST(VarClassesDeathTest, KeyIdsOutsideTheCeiling) {
+    const struct {
+        const char* keys;
+        int n;
+        const char* message;
+    } cases[] = {
+        {"0\tA\ta\t0\n2147483647\tB\tb\t0\n", 3, "Bad class id 2147483647 in key row 2"},
+        {"300000000\tA\ta\t0\n", 3, "Bad class id 300000000 in key row 1"},
+        {"-1\tA\ta\t0\n", 3, "Bad class id -1 in key row 1"},
+        {"4194304\tA\ta\t0\n", 3, "Bad class id 4194304 in key row 1"},
+        // 2^27 words over 626 words a class: ids from 214405 on would pass the cell ceiling.
+        {"214405\tA\ta\t0\n", 20000, "Bad class id 214405 in key row 1"},
+    };
+    for (const auto& c : cases) {
+        VarClasses cls;
+        std::istringstream k(c.keys), a("");
+        EXPECT_DEATH(cls.read(k, a, c.n, nullptr), std::string(R"(vesk\([0-9]+\): )") + c.message) << c.keys;
+    }
+    // A large id that fits is read, with holes below it.
+    VarClasses ok = read_classes("100000\tA\ta\t0\n", "", 3, nullptr);
+    EXPECT_EQ(ok.m_class_bits.size(), 100001u);
+}
+
 TEST(VarClasses, KeyTableWithHolesBlanksRepeatsAndMask) {
     std::string err;
     VarClasses c = read_classes("3\tGO:3\tcell wall\t0\n"

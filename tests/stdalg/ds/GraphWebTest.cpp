@@ -238,6 +238,27 @@ TEST(GraphWebDeathTest, WrongLineSizeIsFatal) {
     GraphWeb g(0, false);
     EXPECT_DEATH(read_graph(g, "LineSize = 4\nEdges = { i 4\n0 0 1 5\n}\n"),
                  R"(ds/GraphBase\([0-9]+\): Number of entries ine dges array is 4 instead of 3)");
+    // Ids the store would take blindly: negative or huge node ids, edge ids below -1, past the
+    // ceiling or already in use (-1 asks for a new edge and is fine).
+    const struct {
+        const char *edges, *message;
+    } cases[] = {
+        {"0 -1 2\n", "Bad node id -1 in edge 1"},
+        {"0 1 2\n1 3 -22\n", "Bad node id -22 in edge 2"},
+        {"0 4194304 1\n", "Bad node id 4194304 in edge 1"},
+        {"-5 0 1\n", "Bad edge id -5 in edge 1"},
+        {"2147483647 0 1\n", "Bad edge id 2147483647 in edge 1"},
+        {"-1 0 1\n3 1 2\n3 2 0\n", "Bad edge id 3 in edge 3"},
+    };
+    for (const auto& c : cases) {
+        std::istringstream numbers(c.edges);
+        int n = 0;
+        for (int x; numbers >> x;)
+            ++n;
+        const std::string text = "LineSize = 3\nEdges = { i " + std::to_string(n) + "\n" + c.edges + "}\n";
+        EXPECT_DEATH(read_graph(g, text), std::string(R"(ds/GraphBase\([0-9]+\): )") + c.message + "\n")
+            << c.edges;
+    }
 }
 
 // Thousands of edge and node insertions and removals (ids free, named again, or past the end;
