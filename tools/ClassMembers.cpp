@@ -4,6 +4,7 @@
 #include "VarClasses.h"
 #include "ds/BitVecIter.h"
 #include "error.h"
+#include "idbound.h"
 
 #include <algorithm>
 #include <fstream>
@@ -29,16 +30,20 @@ bool ClassMembers::read(const std::string& key_path, const std::string& assoc_pa
 
 // The rows as VarClasses::read takes them; members are collected, then sorted and made unique.
 void ClassMembers::read(std::istream& key_in, std::istream& assoc_in, int n_vars, const ds_bitvec* mask) {
+    // The same id bound as VarClasses, so that both readers accept and refuse the same tables.
+    const long long id_limit = input_id_limit(n_vars / 32 + 1);
     int id;
+    int row = 0;
     while (key_in >> id) {
+        ++row;
         std::string lead, key, name;
         std::getline(key_in, lead, '\t');
         std::getline(key_in, key, '\t');
         std::getline(key_in, name, '\t');
         int ignored;
         key_in >> ignored;
-        if (id < 0)
-            continue;
+        if (!input_id_ok(id, id_limit))
+            VESK_FATAL(kSrc, "Bad class id " << id << " in key row " << row);
         if (id >= class_count()) {
             m_members.resize(id + 1);
             m_class_names.resize(id + 1);

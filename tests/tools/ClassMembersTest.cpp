@@ -20,8 +20,8 @@ TEST(ClassMembers, ReadsWhatVarClassesReads) {
         std::ostringstream keys, assoc;
         const int n_classes = 1 + pick(30);
         for (int i = 0; i < n_classes; ++i) {
-            // Ids in any order, holes, repeats that overwrite, a negative id now and then.
-            const int id = pick(10) == 0 ? -1 - pick(3) : pick(n_classes + 5);
+            // Ids in any order, holes, repeats that overwrite.
+            const int id = pick(n_classes + 5);
             keys << id << "\tK" << id << "_" << i << "\tname with blanks " << i << "\t" << pick(9) << "\n";
         }
         std::istringstream kin0(keys.str()), none;
@@ -96,5 +96,13 @@ TEST(ClassMembersDeathTest, SameFatalsAsVarClasses) {
         const ds_bitvec* m = c.masked ? &mask : nullptr;
         EXPECT_DEATH(read_form<VarClasses>(c.assoc, m), c.pattern) << c.assoc;
         EXPECT_DEATH(read_form<ClassMembers>(c.assoc, m), c.pattern) << c.assoc;
+    }
+    // A key id outside the bound, negative or past the ceiling.
+    for (const char* key : {"0\ta\tb\t0\n-1\tc\td\t0\n", "4194304\ta\tb\t0\n"}) {
+        const std::string row = key[0] == '0' ? "-1 in key row 2" : "4194304 in key row 1";
+        const std::string pattern = R"(vesk\([0-9]+\): Bad class id )" + row;
+        std::istringstream k1(key), k2(key), none1, none2;
+        EXPECT_DEATH(VarClasses().read(k1, none1, 10, nullptr), pattern);
+        EXPECT_DEATH(ClassMembers().read(k2, none2, 10, nullptr), pattern);
     }
 }
